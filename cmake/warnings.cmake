@@ -1,0 +1,17 @@
+# What every target of the project is compiled with.
+add_library(pedvar_warnings INTERFACE)
+target_compile_options(pedvar_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-align -Woverloaded-virtual
+    -Wconversion -Wsign-conversion -Wdouble-promotion -Wimplicit-fallthrough -Werror
+    # Members left to their defaults in designated and aggregate initialisers are meant.
+    -Wno-missing-field-initializers)
+
+add_library(pedvar_sanitizers INTERFACE)
+if(PEDVAR_SANITIZE STREQUAL "ON")
+    set(PEDVAR_SANITIZE address,undefined)
+endif()
+if(PEDVAR_SANITIZE)
+    set(sanitizers -fsanitize=${PEDVAR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(pedvar_sanitizers INTERFACE ${sanitizers})
+    target_link_options(pedvar_sanitizers INTERFACE ${sanitizers})
+endif()
