@@ -1,0 +1,70 @@
+/// Small values kept under keys.
+#pragma once
+
+#include "core/date.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace pedvar {
+
+/// Bytes; a JSON document as a rule.
+struct Data {
+    std::string bytes;
+    bool operator==(const Data&) const = default;
+};
+
+/// A property-list value.
+using DefaultsValue = std::variant<bool, std::int64_t, double, std::string, Date, Data>;
+
+/// One domain of values: the standard store, or a suite that other processes read while we write.
+class UserDefaults {
+public:
+    virtual ~UserDefaults() = default;
+
+    virtual std::optional<DefaultsValue> value(std::string_view key) const = 0;
+
+    /// The value under `key` when it is of the asked type; an integer is also read from a double without fraction, a
+    /// double also from an integer.
+    std::optional<std::int64_t> integer(std::string_view key) const;
+    std::optional<double> real(std::string_view key) const;
+    std::optional<std::string> text(std::string_view key) const;
+    std::optional<Data> data(std::string_view key) const;
+};
+
+/// Sets `key` in `store`, or removes it when there is no value.
+struct DefaultsChange {
+    const UserDefaults* store;
+    std::string key;
+    std::optional<DefaultsValue> value;
+};
+
+/// Why nothing was written, for people.
+struct DefaultsError {
+    std::string message;
+};
+
+using DefaultsResult = std::expected<void, DefaultsError>;
+
+/// The domains of this person.
+class DefaultsDomains {
+public:
+    virtual ~DefaultsDomains() = default;
+
+    virtual const UserDefaults& standard() const = 0;
+    /// The suite shared with widgets and watch; none when it cannot be opened.
+    virtual const UserDefaults* shared() const = 0;
+
+    /// Makes all changes or none, also across domains.
+    virtual DefaultsResult write(const std::vector<DefaultsChange>& changes) = 0;
+};
+
+inline constexpr std::string_view appGroupIdentifier = "group.com.pedvarapp.PedvarApp";
+
+}  // namespace pedvar
