@@ -1,0 +1,11 @@
+# Other people's libraries, all from Debian 12; only linux, apps and tests name them.
+find_package(absl REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(EXPAT REQUIRED)
+find_package(fmt REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(MINIZIP REQUIRED IMPORTED_TARGET minizip)
+find_package(SQLite3 REQUIRED)
+find_package(Threads REQUIRED)
+find_package(ZLIB REQUIRED)

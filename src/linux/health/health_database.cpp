@@ -1,0 +1,184 @@
+#include "linux/health/health_database.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace pedvar {
+namespace {
+
+constexpr std::int64_t applicationId = 0x50647672;  // "Pdvr"
+constexpr std::int64_t schemaVersion = 1;
+
+/// Moments and durations are in milliseconds, moments since 2001-01-01 UTC. A sample's whole content is its key,
+/// so that a second copy of it cannot be.
+///
+/// A day of a series has a row in `totals` from its first sample on. Its `sums` are right, or NULL while they are
+/// stale; a day without a row has no samples.
+constexpr const char* schema = R"(
+    CREATE TABLE series (
+        id INTEGER PRIMARY KEY,
+        identifier TEXT NOT NULL,
+        unit TEXT NOT NULL,
+        longest INTEGER NOT NULL DEFAULT 0,
+        UNIQUE (identifier, unit));
+    CREATE TABLE sources (
+        id INTEGER PRIMARY KEY,
+        kind TEXT NOT NULL,
+        name TEXT NOT NULL,
+        hardware TEXT NOT NULL,
+        position INTEGER NOT NULL,
+        UNIQUE (kind, name, hardware));
+    CREATE TABLE samples (
+        series INTEGER, start INTEGER, duration INTEGER, source INTEGER, value,
+        PRIMARY KEY (series, start, duration, source, value)) WITHOUT ROWID;
+    CREATE INDEX long_samples ON samples (series, start) WHERE duration > 14400000;
+    CREATE TABLE totals (
+        series INTEGER, day INTEGER, longest INTEGER, sums BLOB,
+        PRIMARY KEY (series, day)) WITHOUT ROWID;
+    CREATE INDEX stale_totals ON totals (series, day) WHERE sums IS NULL;
+    CREATE TABLE workouts (
+        id INTEGER PRIMARY KEY,
+        activity TEXT NOT NULL,
+        start INTEGER NOT NULL,
+        end INTEGER NOT NULL,
+        source INTEGER NOT NULL,
+        duration REAL NOT NULL,
+        distance REAL,
+        active_energy REAL,
+        UNIQUE (start, end, activity, source));
+    CREATE TABLE workout_statistics (
+        workout INTEGER, type TEXT, unit TEXT, sum REAL, average REAL, minimum REAL, maximum REAL,
+        PRIMARY KEY (workout, type, unit)) WITHOUT ROWID;
+    CREATE TABLE workout_metadata (
+        workout INTEGER, key TEXT, value TEXT,
+        PRIMARY KEY (workout, key)) WITHOUT ROWID;
+    CREATE TABLE workout_routes (
+        workout INTEGER NOT NULL, name TEXT NOT NULL, size INTEGER NOT NULL, deflated BLOB NOT NULL,
+        UNIQUE (workout, name));
+)";
+
+enum class Content { store, nothing };
+
+/// What the database holds that `connection` is open on; an error when it is not for us.
+StoreResult<Content> content(Connection& connection, const std::string& path) {
+    const std::int64_t application = connection.number("PRAGMA application_id");
+    if (application == 0 && connection.number("SELECT count(*) FROM sqlite_schema") == 0) return Content::nothing;
+    if (application != applicationId) return std::unexpected(storeError(SqliteFailure(SQLITE_NOTADB, ""), path));
+    if (connection.number("PRAGMA user_version") > schemaVersion) {
+        return std::unexpected(
+            StoreError{StoreError::Kind::newerVersion,
+                       fmt::format("The health store {} was written by a newer version of Pedvar. "
+                                   "Install that version to read it.",
+                                   path)});
+    }
+    return Content::store;
+}
+
+void createTables(Connection& connection) {
+    Transaction transaction(connection, Transaction::Kind::write);
+    if (connection.number("PRAGMA user_version") == 0) {  // nobody was faster
+        connection.runScript(schema);
+        connection.runScript(fmt::format("PRAGMA application_id = {}", applicationId).c_str());
+        connection.runScript(fmt::format("PRAGMA user_version = {}", schemaVersion).c_str());
+    }
+    transaction.commit();
+}
+
+std::uintmax_t sizeOf(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    return error ? 0 : size;
+}
+
+/// Makes the folder and those above it that are missing, for their owner only.
+bool makeFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    if (folder.empty() || std::filesystem::is_directory(folder, error)) return true;
+    return makeFolder(folder.parent_path()) && (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST);
+}
+
+}  // namespace
+
+HealthDatabase::HealthDatabase(std::filesystem::path path, std::chrono::milliseconds patience)
+    : path_(std::move(path)), name_(path_.string()), patience_(patience) {}
+
+StoreResult<bool> HealthDatabase::verify() {
+    auto connection = openForReading();
+    if (!connection) return std::unexpected(std::move(connection.error()));
+    const bool exists = connection->has_value();
+    const std::scoped_lock lock(mutex_);
+    spare_ = std::move(*connection);
+    return exists;
+}
+
+StoreResult<std::optional<Connection>> HealthDatabase::connectForReading() {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (spare_) return std::exchange(spare_, std::nullopt);
+    }
+    return openForReading();
+}
+
+StoreResult<std::optional<Connection>> HealthDatabase::openForReading() {
+    using Opened = std::optional<Connection>;
+    std::error_code error;
+    if (!std::filesystem::exists(path_, error) && !error) return Opened();
+    const auto open = [&](Connection::Access access) -> StoreResult<Opened> {
+        Connection connection(name_, access, patience_);
+        connection.runScript("PRAGMA query_only = 1");
+        const auto held = content(connection, name_);
+        if (!held) return std::unexpected(held.error());
+        return *held == Content::store ? Opened(std::move(connection)) : Opened();
+    };
+    // Writing is not meant, but lets the last one who looks tidy the log away.
+    auto opened = attempt(name_, [&] { return open(Connection::Access::write); });
+    // Where the folder cannot be written there can be no log; without one the file is all there is.
+    if (!opened && opened.error().kind == StoreError::Kind::unwritable && sizeOf(name_ + "-wal") == 0) {
+        opened = attempt(name_, [&] { return open(Connection::Access::readImmutable); });
+    }
+    return opened;
+}
+
+StoreResult<Connection> HealthDatabase::connectForWriting() {
+    if (const auto created = createFile(); !created) return std::unexpected(created.error());
+    return attempt(name_, [&]() -> StoreResult<Connection> {
+        Connection connection(name_, Connection::Access::write, patience_);
+        const auto held = content(connection, name_);
+        if (!held) return std::unexpected(held.error());
+        connection.runScript("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA cache_size = -16384");
+        if (*held == Content::nothing) createTables(connection);
+        return connection;
+    });
+}
+
+StoreResult<> HealthDatabase::createFile() {
+    // The file is made before SQLite sees it, which would let others read it. Nobody has locks on it yet that closing it
+    // would take away.
+    const std::scoped_lock lock(creating_);
+    const int file =
+        makeFolder(path_.parent_path()) ? ::open(path_.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600) : -1;
+    if (file >= 0) ::close(file);
+    if (file >= 0 || errno == EEXIST) return {};
+    return std::unexpected(
+        StoreError{errno == ENOSPC ? StoreError::Kind::full : StoreError::Kind::unwritable,
+                   fmt::format("The health store {} cannot be created: {}.", name_, std::strerror(errno))});
+}
+
+Subscription HealthDatabase::onSamplesAdded(Event<std::vector<std::string>>::Observer listener) {
+    const std::scoped_lock lock(mutex_);
+    return samplesAdded_.observe(std::move(listener));
+}
+
+void HealthDatabase::tellSamplesAdded(const std::vector<std::string>& types) {
+    const std::scoped_lock lock(mutex_);
+    samplesAdded_.notify(types);
+}
+
+}  // namespace pedvar

@@ -1,0 +1,265 @@
+#include "linux/health/sample_writer.h"
+
+#include "core/check.h"
+#include "linux/health/batch_table.h"
+#include "linux/health/cumulative_types.h"
+#include "linux/health/health_database.h"
+#include "linux/health/source_order.h"
+#include "linux/health/totals_keeper.h"
+#include "linux/health/workout_table.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <tuple>
+#include <utility>
+
+namespace pedvar {
+namespace {
+
+constexpr std::size_t fewSamples = 64;    // counting the days of more is faster than counting around each
+constexpr std::size_t daysPerStep = 128;  // of totals made in one transaction
+
+auto contentOf(const SampleRow& row) {
+    return std::tie(row.series, row.start, row.duration, row.source, row.value);
+}
+
+bool isBefore(const SampleRow& a, const SampleRow& b) {
+    return contentOf(a) < contentOf(b);
+}
+
+Span spanOf(const SampleRow& row) {
+    return {row.start, row.start + row.duration};
+}
+
+DayNumber startDay(const SampleRow& row) {
+    return dayOf(row.start);
+}
+
+/// Calls `act` with each longest run of neighbours in `rows` that are alike in `property`.
+template <class Property, class Act>
+void forEachRun(std::span<const SampleRow> rows, Property property, Act act) {
+    while (!rows.empty()) {
+        const auto value = property(rows.front());
+        const auto end = std::ranges::find_if(rows, [&](const SampleRow& row) { return property(row) != value; });
+        const auto length = static_cast<std::size_t>(end - rows.begin());
+        act(rows.first(length));
+        rows = rows.subspan(length);
+    }
+}
+
+}  // namespace
+
+struct SampleWriter::State {
+    struct Series {
+        std::string type;
+        bool isCumulative;
+        std::set<DayNumber> touchedDays = {};
+
+        Series(std::string identifier, bool addsUp) : type(std::move(identifier)), isCumulative(addsUp) {}
+    };
+    /// What a transaction has done, to be believed when it is committed.
+    struct Outcome {
+        WriteCounts counts;
+        std::map<std::int32_t, std::set<DayNumber>> touchedDays;  // by series
+    };
+
+    explicit State(HealthDatabase& healthDatabase) : database(healthDatabase) {}
+
+    HealthDatabase& database;
+    std::optional<Connection> connection;
+    std::optional<BatchTable> batch;
+    std::map<std::pair<std::string, std::string>, std::int32_t, std::less<>> seriesNumbers;  // by type and unit
+    std::map<std::int32_t, Series> series;
+    std::map<SourceDescription, std::int32_t> sources;
+    std::vector<SampleRow> sorted;  // kept for its memory
+
+    template <class Action>
+    auto attempt(Action&& action) -> decltype(pedvar::attempt("", action)) {
+        if (!connection) {
+            auto opened = database.connectForWriting();
+            if (!opened) return std::unexpected(std::move(opened.error()));
+            connection.emplace(std::move(*opened));
+            batch.emplace(*connection);
+        }
+        return pedvar::attempt(database.name(), action);
+    }
+
+    void checkRows(std::span<const SampleRow> rows) const {
+        for (const SampleRow& row : rows) {
+            check(series.contains(row.series), "a sample names a series that its writer does not know");
+            check(row.duration >= 0 && std::isfinite(row.value), "a sample is not one");
+        }
+    }
+
+    std::int32_t addSeries(std::string_view type, std::string_view unit) {
+        connection->run("INSERT OR IGNORE INTO series (identifier, unit) VALUES (?, ?)", type, unit);
+        return static_cast<std::int32_t>(
+            connection->number("SELECT id FROM series WHERE identifier = ? AND unit = ?", type, unit));
+    }
+
+    /// The rows in the order of their key, so that neighbours in time become neighbours in the file.
+    std::span<const SampleRow> ordered(std::span<const SampleRow> rows) {
+        if (std::ranges::is_sorted(rows, isBefore)) return rows;
+        sorted.assign(rows.begin(), rows.end());
+        std::ranges::sort(sorted, isBefore);
+        return sorted;
+    }
+
+    /// Adds rows of one series; how many were new.
+    std::int64_t insert(std::span<const SampleRow> rows, Outcome& outcome) {
+        batch->hold(rows);
+        const std::int64_t added = connection->run(
+            "INSERT OR IGNORE INTO samples (series, start, duration, source, value) "
+            "SELECT series, start, duration, source, value FROM batch");
+        if (added == 0) return 0;
+        outcome.counts.samplesAdded += added;
+        forEachRun(rows, startDay,
+                   [&days = outcome.touchedDays[rows.front().series]](std::span<const SampleRow> day) {
+                       days.insert(startDay(day.front()));
+                   });
+        return added;
+    }
+
+    /// Notes how long samples of the series can be, before anybody looks back as far as that.
+    void raiseLongest(std::span<const SampleRow> rows) {
+        const Milliseconds longest = std::ranges::max(rows, {}, &SampleRow::duration).duration;
+        connection->run("UPDATE series SET longest = ?1 WHERE id = ?2 AND longest < ?1", longest,
+                        rows.front().series);
+    }
+
+    void insertSeries(std::span<const SampleRow> rows, Outcome& outcome) {
+        raiseLongest(rows);
+        if (!series.at(rows.front().series).isCumulative) {
+            insert(rows, outcome);
+            return;
+        }
+        TotalsKeeper totals(*connection);
+        forEachRun(rows, startDay, [&](std::span<const SampleRow> day) {
+            if (insert(day, outcome) == 0) return;
+            Span extent = spanOf(day.front());
+            for (const SampleRow& row : day) extent.end = std::max(extent.end, countedSpan(spanOf(row)).end);
+            totals.markStale(day.front().series, startDay(day.front()), extent, day.back().start);
+        });
+    }
+
+    void insertLive(const SampleRow& row, Outcome& outcome) {
+        raiseLongest({&row, 1});
+        if (insert({&row, 1}, outcome) == 0 || !series.at(row.series).isCumulative) return;
+        TotalsKeeper(*connection).update(row.series, spanOf(row));
+    }
+
+    void tell(const Outcome& outcome) {
+        std::vector<std::string> types;
+        for (const auto& [number, days] : outcome.touchedDays) {
+            Series& touched = series.at(number);
+            touched.touchedDays.insert(days.begin(), days.end());
+            types.push_back(touched.type);
+        }
+        if (!types.empty()) database.tellSamplesAdded(types);
+    }
+};
+
+SampleWriter::SampleWriter(HealthDatabase& database) : state_(std::make_unique<State>(database)) {}
+SampleWriter::~SampleWriter() = default;
+SampleWriter::SampleWriter(SampleWriter&&) noexcept = default;
+
+StoreResult<std::int32_t> SampleWriter::series(std::string_view type, std::string_view unit) {
+    std::pair key{std::string(type), std::string(unit)};
+    if (const auto known = state_->seriesNumbers.find(key); known != state_->seriesNumbers.end())
+        return known->second;
+    return state_->attempt([&] {
+        const std::int32_t number = state_->addSeries(type, unit);
+        state_->series.try_emplace(number, std::string(type), isCumulative(type));
+        state_->seriesNumbers.emplace(std::move(key), number);
+        return number;
+    });
+}
+
+StoreResult<std::int32_t> SampleWriter::source(const SourceDescription& description) {
+    if (const auto known = state_->sources.find(description); known != state_->sources.end()) return known->second;
+    return state_->attempt([&] {
+        Transaction transaction(*state_->connection, Transaction::Kind::write);
+        const std::int32_t number = addSource(*state_->connection, description);
+        transaction.commit();
+        state_->sources.emplace(description, number);
+        return number;
+    });
+}
+
+StoreResult<WriteCounts> SampleWriter::write(std::span<const SampleRow> samples,
+                                             std::span<const WorkoutRow> workouts) {
+    state_->checkRows(samples);
+    return state_->attempt([&] {
+        WorkoutTable table(*state_->connection);
+        std::vector<std::vector<DeflatedRoute>> routes;
+        for (const WorkoutRow& workout : workouts) routes.push_back(table.newRoutes(workout));
+
+        State::Outcome outcome;
+        Transaction transaction(*state_->connection, Transaction::Kind::write);
+        forEachRun(
+            state_->ordered(samples), [](const SampleRow& row) { return row.series; },
+            [&](std::span<const SampleRow> rows) { state_->insertSeries(rows, outcome); });
+        for (std::size_t i = 0; i < workouts.size(); ++i) {
+            const auto added = table.add(workouts[i], routes[i]);
+            outcome.counts.workoutsAdded += added.isNew ? 1 : 0;
+            outcome.counts.routesAdded += added.routes;
+        }
+        transaction.commit();
+        state_->tell(outcome);
+        return outcome.counts;
+    });
+}
+
+StoreResult<WriteCounts> SampleWriter::writeLive(std::span<const SampleRow> samples) {
+    if (samples.size() > fewSamples) {
+        const auto counts = write(samples);
+        if (!counts) return counts;
+        if (auto refreshed = refreshTotals(); !refreshed) return std::unexpected(std::move(refreshed.error()));
+        return counts;
+    }
+    state_->checkRows(samples);
+    return state_->attempt([&] {
+        State::Outcome outcome;
+        Transaction transaction(*state_->connection, Transaction::Kind::write);
+        for (const SampleRow& row : samples) state_->insertLive(row, outcome);
+        transaction.commit();
+        state_->tell(outcome);
+        return outcome.counts;
+    });
+}
+
+std::vector<Interval> SampleWriter::touchedDays(std::string_view type) const {
+    std::set<DayNumber> days;
+    for (const auto& [number, series] : state_->series) {
+        if (series.type == type) days.insert(series.touchedDays.begin(), series.touchedDays.end());
+    }
+    std::vector<Interval> intervals;
+    for (const DayNumber day : days) {
+        const Date start = dateOfMilliseconds(startOf(day));
+        if (intervals.empty() || intervals.back().end != start) intervals.push_back({start, start});
+        intervals.back().end = dateOfMilliseconds(startOf(day + 1));
+    }
+    return intervals;
+}
+
+StoreResult<> SampleWriter::refreshTotals(const std::function<bool(double)>& progress) {
+    return state_->attempt([&] {
+        TotalsKeeper totals(*state_->connection);
+        const std::int64_t all = totals.staleCount();
+        std::int64_t made = 0;
+        for (bool goesOn = all > 0; goesOn;) {
+            Transaction transaction(*state_->connection, Transaction::Kind::write);
+            const auto count = static_cast<std::int64_t>(totals.makeSome(daysPerStep));
+            transaction.commit();
+            made += count;
+            const double share = static_cast<double>(made) / static_cast<double>(std::max(all, made));
+            goesOn = count > 0 && (!progress || progress(share));
+        }
+    });
+}
+
+}  // namespace pedvar

@@ -1,0 +1,20 @@
+# The health store.
+set(PEDVAR_HEALTH_SOURCES
+    health/batch_table.cpp
+    health/collection_intervals.cpp
+    health/cumulative_types.cpp
+    health/day_totals.cpp
+    health/health_administration.cpp
+    health/health_database.cpp
+    health/health_reader.cpp
+    health/overlap_count.cpp
+    health/sample_counter.cpp
+    health/sample_writer.cpp
+    health/samples.cpp
+    health/source_order.cpp
+    health/sqlite_health_store.cpp
+    health/store_error.cpp
+    health/sum_reader.cpp
+    health/totals_keeper.cpp
+    health/workout_table.cpp
+    sqlite/connection.cpp)

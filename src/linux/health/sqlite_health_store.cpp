@@ -1,0 +1,225 @@
+#include "linux/health/sqlite_health_store.h"
+
+#include "linux/health/collection_intervals.h"
+#include "linux/health/health_reader.h"
+#include "linux/health/sample_writer.h"
+#include "linux/health/worker_pool.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace pedvar {
+namespace {
+
+constexpr const char* errorDomain = "PedvarStore";
+constexpr std::int64_t invalidArgument = 3;  // the platform's code
+
+HKError healthError(const StoreError& error) {
+    if (error.sqliteCode != 0) return {"SQLite", error.sqliteCode, error.message};
+    return {errorDomain, static_cast<std::int64_t>(error.kind), error.message};
+}
+
+bool isSound(const HKQuantitySample& sample) {
+    constexpr Seconds farthest = std::chrono::years(10'000);
+    const double value = sample.quantity.doubleValue(*unitNamed(keptSymbol(sample.quantity.dimension())));
+    return std::isfinite(value) && sample.start <= sample.end && sample.start >= Date(-farthest) &&
+           sample.end <= Date(farthest);
+}
+
+/// Observers by type. Lives on the main executor; news comes from any thread.
+class NewSampleNews {
+public:
+    explicit NewSampleNews(MainExecutor& executor)
+        : executor_(executor), observers_(std::make_shared<Observers>()) {}
+
+    Subscription observe(const std::string& type, std::move_only_function<void()> observer) {
+        return (*observers_)[type].observe(std::move(observer));
+    }
+
+    void tell(const std::vector<std::string>& types) const {
+        executor_.post([types, weak = std::weak_ptr(observers_)] {
+            const auto observers = weak.lock();
+            if (!observers) return;
+            for (const std::string& type : types) {
+                if (const auto found = observers->find(type); found != observers->end()) found->second.notify();
+            }
+        });
+    }
+
+private:
+    using Observers = std::map<std::string, Event<>>;
+
+    MainExecutor& executor_;
+    std::shared_ptr<Observers> observers_;
+};
+
+}  // namespace
+
+struct SqliteHealthStore::State {
+    /// What a worker thread keeps: the connection on which it reads, once there is a store.
+    struct Worker {
+        std::optional<HealthReader> reader;
+    };
+
+    State(MainExecutor& executor, HealthDatabase& healthDatabase, const ZoneRules& zoneRules,
+          std::size_t threadCount)
+        : database(healthDatabase),
+          zone(zoneRules),
+          writer(healthDatabase),
+          news(executor),
+          newsOfDatabase(healthDatabase.onSamplesAdded([told = news](const auto& types) { told.tell(types); })),
+          pool(threadCount) {}
+
+    HealthDatabase& database;
+    const ZoneRules& zone;
+    std::mutex writing;  // guards the writer
+    SampleWriter writer;
+    NewSampleNews news;
+    Subscription newsOfDatabase;
+    WorkerPool<Worker> pool;
+
+    /// Answers with what `read` makes of the store, or with `whenEmpty` while there is none.
+    template <class Answer, class Read>
+    void answer(HKHandler<Answer> completion, Answer whenEmpty, Read read) {
+        pool.add([this, completion = std::move(completion), whenEmpty = std::move(whenEmpty),
+                  read = std::move(read)](Worker& worker) mutable {
+            completion(outcome(worker, std::move(whenEmpty), read));
+        });
+    }
+
+    /// Gives the worker a reader if there is a store.
+    HKResult<void> connect(Worker& worker) {
+        if (worker.reader) return {};
+        auto connection = database.connectForReading();
+        if (!connection) return std::unexpected(healthError(connection.error()));
+        if (*connection) worker.reader.emplace(std::move(**connection));
+        return {};
+    }
+
+    template <class Answer, class Read>
+    HKResult<Answer> outcome(Worker& worker, Answer whenEmpty, Read& read) {
+        if (const auto connected = connect(worker); !connected) return std::unexpected(connected.error());
+        if (!worker.reader) return whenEmpty;
+        auto answered =
+            attempt(database.name(), [&] { return std::optional<HKResult<Answer>>(read(*worker.reader)); });
+        if (answered) return std::move(**answered);
+        worker.reader.reset();  // a file that was put in place of a bad one is opened anew
+        return std::unexpected(healthError(answered.error()));
+    }
+
+    StoreResult<> store(std::span<const HKQuantitySample> samples) {
+        const std::scoped_lock lock(writing);
+        const auto source = writer.source({.kind = SourceKind::own, .name = "Pedvar", .hardware = ""});
+        if (!source) return std::unexpected(source.error());
+        std::vector<SampleRow> rows;
+        for (const HKQuantitySample& sample : samples) {
+            const auto unit = keptSymbol(sample.quantity.dimension());
+            const auto series = writer.series(sample.type.identifier, unit);
+            if (!series) return std::unexpected(series.error());
+            const Milliseconds start = millisecondsOf(sample.start);
+            rows.push_back({.series = *series,
+                            .source = *source,
+                            .start = start,
+                            .duration = millisecondsOf(sample.end) - start,
+                            .value = sample.quantity.doubleValue(*unitNamed(unit))});
+        }
+        const auto written = writer.writeLive(rows);
+        if (!written) return std::unexpected(written.error());
+        return {};
+    }
+};
+
+SqliteHealthStore::SqliteHealthStore(MainExecutor& executor, HealthDatabase& database, const ZoneRules& zone,
+                                     std::size_t highestThreadCount)
+    : state_(std::make_unique<State>(executor, database, zone, highestThreadCount)) {}
+SqliteHealthStore::~SqliteHealthStore() = default;
+
+void SqliteHealthStore::getRequestStatusForAuthorization(const HKTypeSets&,
+                                                         HKHandler<HKAuthorizationRequestStatus> completion) {
+    using enum HKAuthorizationRequestStatus;
+    state_->answer(std::move(completion), shouldRequest, [](HealthReader& reader) {
+        return HKResult<HKAuthorizationRequestStatus>(reader.isConnected() ? unnecessary : shouldRequest);
+    });
+}
+
+void SqliteHealthStore::requestAuthorization(const HKTypeSets&, HKHandler<void> completion) {
+    completion({});
+}
+
+void SqliteHealthStore::execute(HKStatisticsQuery query) {
+    const HKPredicate& predicate = query.quantitySamplePredicate;
+    const Interval interval{predicate.start, predicate.end};
+    HKStatistics empty;
+    empty.interval = interval;
+    state_->answer(std::move(query.completionHandler), std::move(empty),
+                   [type = std::move(query.quantityType), predicate = predicate, options = query.options,
+                    interval](HealthReader& reader) -> HKResult<HKStatistics> {
+                       auto statistics = reader.statistics(type, predicate, options, {&interval, 1});
+                       if (!statistics) return std::unexpected(std::move(statistics.error()));
+                       return std::move(statistics->front());
+                   });
+}
+
+void SqliteHealthStore::execute(HKStatisticsCollectionQuery query) {
+    const DateComponents step = query.intervalComponents;
+    const HKPredicate& predicate = query.quantitySamplePredicate;
+    if (std::min(step.day, step.hour) != 0 || std::max(step.day, step.hour) < 1) {
+        query.initialResultsHandler(std::unexpected(HKError{
+            errorDomain, invalidArgument, "The intervals of a collection are whole days or whole hours."}));
+        return;
+    }
+    auto intervals = collectionIntervals(state_->zone, query.anchorDate, predicate.end, step);
+    if (intervals.size() == highestIntervalCount) {
+        query.initialResultsHandler(
+            std::unexpected(HKError{errorDomain, invalidArgument, "The collection has too many intervals."}));
+        return;
+    }
+    std::vector<HKStatistics> empty(intervals.size());
+    for (std::size_t i = 0; i < intervals.size(); ++i) empty[i].interval = intervals[i];
+    state_->answer(std::move(query.initialResultsHandler), std::move(empty),
+                   [type = std::move(query.quantityType), predicate = predicate, options = query.options,
+                    intervals = std::move(intervals)](HealthReader& reader) {
+                       return reader.statistics(type, predicate, options, intervals);
+                   });
+}
+
+void SqliteHealthStore::execute(HKSampleQuery query) {
+    auto completion = std::move(query.resultsHandler);
+    state_->answer(std::move(completion), std::vector<HKQuantitySample>(),
+                   [query = std::move(query)](HealthReader& reader) {
+                       return HKResult<std::vector<HKQuantitySample>>(reader.samples(query));
+                   });
+}
+
+void SqliteHealthStore::save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) {
+    if (!std::ranges::all_of(samples, isSound)) {
+        completion(
+            std::unexpected(HKError{errorDomain, invalidArgument, "A sample has no amount or no duration."}));
+        return;
+    }
+    state_->pool.add(
+        [this, samples = std::move(samples), completion = std::move(completion)](State::Worker&) mutable {
+            const auto stored = state_->store(samples);
+            if (!stored) return completion(std::unexpected(healthError(stored.error())));
+            completion({});
+        });
+}
+
+void SqliteHealthStore::enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency,
+                                                 HKHandler<void> completion) {
+    completion({});
+}
+
+Subscription SqliteHealthStore::observeNewSamples(const HKQuantityType& type,
+                                                  std::move_only_function<void()> observer) {
+    return state_->news.observe(type.identifier, std::move(observer));
+}
+
+}  // namespace pedvar

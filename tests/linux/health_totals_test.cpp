@@ -1,0 +1,172 @@
+#include "linux/health_store_fixture.h"
+
+#include <sqlite3.h>
+
+#include <random>
+
+namespace pedvar {
+namespace {
+
+/// A random life of a store beside a plain list of what is in it.
+class RandomStore : public HealthStoreFixture {
+public:
+    explicit RandomStore(unsigned seed) : random_(seed) {
+        for (const auto kind : {SourceKind::own, SourceKind::watch, SourceKind::phone}) {
+            order.push_back(source(kind, std::string(nameOf(kind))));
+        }
+    }
+
+    std::vector<std::int32_t> order;
+    std::set<TestSample> samples;
+
+    std::int64_t number(std::int64_t lowest, std::int64_t highest) {
+        return std::uniform_int_distribution<std::int64_t>(lowest, highest)(random_);
+    }
+
+    TestSample sample() {
+        constexpr std::array<std::int64_t, 6> longest{0, 10 * minute, 10 * minute, hour, 4 * hour, 30 * hour};
+        const std::int64_t duration = number(0, longest[static_cast<std::size_t>(number(0, 5))]);
+        // Much happens around midnight, little at other times.
+        const std::int64_t start = number(0, 1) == 0 ? number(day - hour, day + hour) : number(-day, 3 * day);
+        return {order[static_cast<std::size_t>(number(0, 2))], start, duration,
+                static_cast<double>(number(0, 400)) / 4};
+    }
+
+    void writeBatch() { CHECK(add(remembered(number(1, 40))) >= 0); }
+    void saveLive() { REQUIRE(writer.writeLive(rows(remembered(number(1, 3))))); }
+    void refreshPartly() {
+        REQUIRE(writer.refreshTotals([](double) { return false; }));
+    }
+    void changeOrder() {
+        std::ranges::shuffle(order, random_);
+        std::vector<std::string> labels;
+        for (const std::int32_t each : order) labels.emplace_back(nameOf(static_cast<SourceKind>(kindOf(each))));
+        REQUIRE(administration.setOrder(labels, [](double) { return false; }));
+    }
+
+    /// Every byte of the totals.
+    std::string totals() {
+        auto connection = database.connectForReading();
+        Rows rows =
+            (*connection)->query("SELECT quote(series), quote(day), quote(longest), quote(sums) FROM totals");
+        std::string text;
+        while (rows.next()) {
+            for (int column = 0; column < 4; ++column) (text += rows.text(column)) += ' ';
+        }
+        return text;
+    }
+
+private:
+    std::vector<TestSample> remembered(std::int64_t count) {
+        std::vector<TestSample> made;
+        for (std::int64_t i = 0; i < count; ++i) made.push_back(sample());
+        samples.insert(made.begin(), made.end());
+        return made;
+    }
+    int kindOf(std::int32_t source) const { return source == 1 ? 0 : source == 2 ? 1 : 3; }
+
+    std::mt19937 random_;
+};
+
+TEST_CASE("sums are those of a count second by second, whatever is written, saved and reordered") {
+    for (unsigned seed = 1; seed <= 8; ++seed) {
+        CAPTURE(seed);
+        RandomStore store(seed);
+        for (int step = 0; step < 40; ++step) {
+            CAPTURE(step);
+            switch (store.number(0, 9)) {
+                case 0:
+                    store.changeOrder();
+                    break;
+                case 1:
+                case 2:
+                    store.writeBatch();
+                    break;
+                case 3:
+                case 4:
+                    store.refreshPartly();
+                    break;
+                default:
+                    store.saveLive();
+            }
+            const SlowCount count({store.samples.begin(), store.samples.end()}, store.order);
+            for (int query = 0; query < 4; ++query) {
+                const std::int64_t from = store.number(-day, 3 * day);
+                const std::int64_t to = from + store.number(0, query == 0 ? 900 : 2 * day);
+                const auto expected = count.sum(from, to);
+                const auto sum = store.sum(from, to);
+                REQUIRE(sum.has_value() == expected.has_value());
+                REQUIRE(sum.value_or(0) == doctest::Approx(expected.value_or(0)).epsilon(1e-9));
+            }
+        }
+        REQUIRE(store.writer.refreshTotals());
+        const auto examination = store.administration.examine();
+        REQUIRE(examination);
+        CHECK(examination->staleDays == 0);
+        CHECK(examination->differences.empty());
+        const std::string kept = store.totals();
+        REQUIRE(store.administration.rebuildTotals());
+        CHECK(store.totals() == kept);  // to the last bit
+    }
+}
+
+TEST_CASE_FIXTURE(HealthStoreFixture, "a live save leaves the totals it touches fresh") {
+    const std::int32_t phone = source(SourceKind::phone, "Phone");
+    const std::int32_t watch = source(SourceKind::watch, "Watch");
+    add({{phone, 0, hour, 60}, {phone, day - 600, 1200, 20}});
+    REQUIRE(writer.refreshTotals());
+    REQUIRE(writer.writeLive(rows({{watch, 30 * minute, minute, 1}, {watch, day, 600, 7}})));
+    CHECK(administration.examine()->staleDays == 0);
+    CHECK(sum(0, day) == doctest::Approx(59 + 1 + 10));
+    CHECK(sum(day, 2 * day) == 7);
+}
+
+TEST_CASE_FIXTURE(HealthStoreFixture, "a second copy of a sample adds nothing and makes nothing stale") {
+    const std::int32_t phone = source(SourceKind::phone, "Phone");
+    std::vector<TestSample> samples;
+    for (std::int64_t i = 0; i < 500; ++i)
+        samples.push_back({phone, (i * 7919) % (9 * day), 60, 0.1 * static_cast<double>(i)});
+    CHECK(add(samples) == 500);
+    REQUIRE(writer.refreshTotals());
+    std::ranges::reverse(samples);
+    SampleWriter again(database);
+    CHECK(*again.source({.kind = SourceKind::phone, .name = "Phone", .hardware = ""}) == phone);
+    CHECK(*again.series(HKQuantityTypeIdentifierStepCount, "count") ==
+          *writer.series(HKQuantityTypeIdentifierStepCount, "count"));
+    CHECK(again.write(rows(samples))->samplesAdded == 0);
+    CHECK(again.touchedDays(HKQuantityTypeIdentifierStepCount).empty());
+    CHECK(administration.examine()->staleDays == 0);
+
+    samples.push_back({phone, 20 * day, 0, 1});
+    samples.push_back({phone, 21 * day, 0, 1});
+    CHECK(again.write(rows(samples))->samplesAdded == 2);
+    CHECK(again.touchedDays(HKQuantityTypeIdentifierStepCount) ==
+          std::vector<Interval>{{at(20 * day), at(22 * day)}});
+    CHECK(again.touchedDays(HKQuantityTypeIdentifierHeartRate).empty());
+}
+
+TEST_CASE_FIXTURE(HealthStoreFixture, "totals that are not what the samples say are found and made anew") {
+    const std::int32_t phone = source(SourceKind::phone, "Phone");
+    add({{phone, 0, 60, 10}, {phone, 5 * day, 60, 20}, {phone, 6 * day, 60, 5}});
+    REQUIRE(writer.refreshTotals());
+    {
+        auto connection = database.connectForWriting();
+        connection->run("UPDATE totals SET sums = (SELECT sums FROM totals WHERE day = 5) WHERE day = 0");
+        connection->run("UPDATE totals SET sums = zeroblob(3) WHERE day = 6");
+        connection->run("DELETE FROM totals WHERE day = 5");
+    }
+    const auto examination = administration.examine();
+    REQUIRE(examination->differences.size() == 3);
+    CHECK(examination->differences[0].day == "2001-01-01");
+    CHECK(examination->differences[0].kept == 20);
+    CHECK(examination->differences[0].counted == 10);
+    CHECK(examination->damages.empty());
+    CHECK(sum(6 * day, 7 * day) == 5);  // bytes that mean nothing are not believed
+    REQUIRE(administration.rebuildTotals());
+    CHECK(administration.examine()->differences.empty());
+    CHECK(sum(0, day) == 10);
+    CHECK(sum(5 * day, 6 * day) == 20);
+}
+
+}  // namespace
+}  // namespace pedvar

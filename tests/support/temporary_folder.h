@@ -1,0 +1,41 @@
+/// A folder of its own for a test, gone afterwards.
+#pragma once
+
+#include "core/check.h"
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+namespace pedvar {
+
+class TemporaryFolder {
+public:
+    TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "pedvar-test-XXXXXX").string()) {
+        check(mkdtemp(path_.data()) != nullptr, "no temporary folder can be made");
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
+
+    std::filesystem::path path() const { return path_; }
+    std::filesystem::path operator/(std::string_view name) const { return path() / name; }
+
+private:
+    std::string path_;
+};
+
+inline void writeFile(const std::filesystem::path& path, std::string_view bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+inline std::string readFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace pedvar
