@@ -1,0 +1,125 @@
+#include "linux/system/glibc_locale.h"
+
+#include <langinfo.h>
+#include <locale.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <type_traits>
+
+namespace pedvar {
+
+namespace {
+
+/// The name of the locale of a category ("LC_TIME") in the environment, "C" when there is none.
+std::string localeName(const char* category) {
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
+        const char* name = std::getenv(variable);
+        if (name && *name) return name;
+    }
+    return "C";
+}
+
+bool isPlain(std::string_view name) {
+    return name == "C" || name.starts_with("C.") || name == "POSIX";
+}
+
+struct FreeLocale {
+    void operator()(locale_t locale) const { freelocale(locale); }
+};
+using OwnedLocale = std::unique_ptr<std::remove_pointer_t<locale_t>, FreeLocale>;
+
+/// The locale for the categories of `mask`; null where ISO habits hold.
+OwnedLocale installedLocale(int mask, const std::string& name) {
+    return OwnedLocale(isPlain(name) ? nullptr : newlocale(mask, name.c_str(), nullptr));
+}
+
+/// "de" and "DE" of "de_DE.UTF-8@euro".
+struct LocaleParts {
+    std::string_view language, territory;
+};
+
+LocaleParts partsOf(std::string_view name) {
+    name = name.substr(0, name.find_first_of(".@"));
+    const auto underscore = name.find('_');
+    if (underscore == std::string_view::npos) return {name, {}};
+    return {name.substr(0, underscore), name.substr(underscore + 1)};
+}
+
+/// The C library keeps some numbers in the place of the text's address.
+std::uint32_t numberFor(nl_item item, locale_t locale) {
+    const char* value = nl_langinfo_l(item, locale);
+    std::uint32_t number = 0;
+    std::memcpy(&number, &value, sizeof(number));
+    return number;
+}
+
+/// Whether a time format like "%I:%M %p" counts twelve hours.
+bool countsTwelveHours(std::string_view format) {
+    for (auto at = format.find('%'); at != std::string_view::npos; at = format.find('%', at)) {
+        at = format.find_first_not_of("-_0^#EO", at + 1);
+        if (at == std::string_view::npos) return false;
+        if (std::string_view("rIlpP").contains(format[at])) return true;
+        ++at;
+    }
+    return false;
+}
+
+std::string languageOfDevice() {
+    std::string name = localeName("LC_MESSAGES");
+    if (isPlain(name)) return "en";
+    // Like the C library, where a language is named at all the list of preferred ones goes before it.
+    if (const char* list = std::getenv("LANGUAGE"); list && *list != '\0' && *list != ':') {
+        name = std::string_view(list).substr(0, std::string_view(list).find(':'));
+    }
+    const LocaleParts parts = partsOf(name);
+    std::string code(parts.language);
+    if (!parts.territory.empty()) code.append("-").append(parts.territory);
+    return code;
+}
+
+}  // namespace
+
+GlibcLocale::GlibcLocale(const ZoneRules& zone) : zone_(zone), languageCode_(languageOfDevice()) {
+    readTime();
+    readNumbers();
+    readMeasurement();
+}
+
+void GlibcLocale::readTime() {
+    const auto locale = installedLocale(LC_TIME_MASK, localeName("LC_TIME"));
+    if (!locale) return;
+    // Days are numbered from the weekday of a date, of which only a Sunday and a Monday are in use.
+    constexpr std::uint32_t monday = 19'971'201;
+    const int first = *nl_langinfo_l(_NL_TIME_FIRST_WEEKDAY, locale.get());
+    const int shift = numberFor(_NL_TIME_WEEK_1STDAY, locale.get()) == monday ? 1 : 0;
+    firstWeekday_ = (first - 1 + shift) % 7 + 1;
+    usesTwelveHourClock_ = countsTwelveHours(nl_langinfo_l(T_FMT, locale.get()));
+}
+
+void GlibcLocale::readNumbers() {
+    const auto locale = installedLocale(LC_NUMERIC_MASK | LC_CTYPE_MASK, localeName("LC_NUMERIC"));
+    if (!locale) return;
+    decimalSeparator_ = nl_langinfo_l(RADIXCHAR, locale.get()) == std::string_view(",") ? "," : ".";
+    groupingSeparator_ = nl_langinfo_l(THOUSEP, locale.get());
+    const bool isUtf8 = nl_langinfo_l(CODESET, locale.get()) == std::string_view("UTF-8");
+    const bool isAscii = std::ranges::all_of(groupingSeparator_, [](char c) { return c > 0; });
+    // In an older character set it is a kind of space that no other text here is written in.
+    if (!isUtf8 && !isAscii) groupingSeparator_ = " ";
+}
+
+void GlibcLocale::readMeasurement() {
+    const std::string name = localeName("LC_MEASUREMENT");
+    const std::string_view territory = partsOf(name).territory;
+    const auto locale = installedLocale(LC_MEASUREMENT_MASK, name);
+    constexpr char customary = 2;
+    const bool isCustomary = locale && *nl_langinfo_l(_NL_MEASUREMENT_MEASUREMENT, locale.get()) == customary;
+    if (isCustomary || territory == "US") measurementSystem_ = MeasurementSystem::unitedStates;
+    if (territory == "GB") measurementSystem_ = MeasurementSystem::unitedKingdom;
+}
+
+}  // namespace pedvar

@@ -1,0 +1,22 @@
+/// The zone that this process lives in.
+#pragma once
+
+#include "core/calendar.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace pedvar {
+
+struct ProcessZone {
+    std::unique_ptr<const ZoneRules> rules;
+    /// Why the zone is UTC although something else was asked for; a sentence for people.
+    std::optional<std::string> warning;
+};
+
+/// The zone that TZ names, as a name, a path or a rule, with or without a colon before it; without TZ the
+/// machine's, /etc/localtime. An empty TZ, and a machine that has no zone, mean UTC.
+ProcessZone processZone();
+
+}  // namespace pedvar

@@ -1,0 +1,79 @@
+#include "linux/system/absl_zone.h"
+#include "linux/system/glibc_locale.h"
+#include "support/environment.h"
+
+#include <doctest/doctest.h>
+#include <locale.h>
+
+#include <list>
+#include <map>
+
+using namespace pedvar;
+
+namespace {
+
+/// The locale of an environment in which only these variables of locales are set.
+GlibcLocale localeOf(const std::map<std::string, std::string>& variables) {
+    static const auto zone = AbslZone::utc();
+    std::list<EnvironmentVariable> environment;
+    for (const char* name :
+         {"LC_ALL", "LC_TIME", "LC_NUMERIC", "LC_MEASUREMENT", "LC_MESSAGES", "LANG", "LANGUAGE"}) {
+        const auto value = variables.find(name);
+        environment.emplace_back(name, value == variables.end() ? std::nullopt : std::optional(value->second));
+    }
+    return GlibcLocale(*zone);
+}
+
+/// What a person sees of it: "1: 10,000.5 unitedStates 12h".
+std::string habits(const GlibcLocale& locale) {
+    constexpr const char* systems[]{"metric", "unitedStates", "unitedKingdom"};
+    return std::to_string(locale.firstWeekday()) + ": 10" + locale.groupingSeparator() + "000" +
+           locale.decimalSeparator() + "5 " + systems[static_cast<int>(locale.measurementSystem())] +
+           (locale.usesTwelveHourClock() ? " 12h" : " 24h");
+}
+
+bool isInstalled(const std::string& name) {
+    const locale_t locale = newlocale(LC_ALL_MASK, name.c_str(), nullptr);
+    if (!locale) {
+        MESSAGE("not installed: " << name);
+        return false;
+    }
+    freelocale(locale);
+    return true;
+}
+
+}  // namespace
+
+TEST_CASE("plain and unknown locales follow ISO habits but keep the language they name") {
+    for (const char* name : {"", "C", "C.UTF-8", "POSIX", "tlh_QO.UTF-8", "...", "@", "_"}) {
+        CAPTURE(name);
+        CHECK(habits(localeOf({{"LANG", name}})) == "2: 10,000.5 metric 24h");
+    }
+    CHECK(localeOf({}).languageCode() == "en");
+    CHECK(localeOf({{"LANG", "C.UTF-8"}}).languageCode() == "en");
+    CHECK(localeOf({{"LANG", "tlh_QO.UTF-8"}}).languageCode() == "tlh-QO");
+    CHECK(localeOf({{"LANG", "eo.UTF-8@x"}}).languageCode() == "eo");
+    CHECK(localeOf({{"LANG", "de_AT"}, {"LC_MESSAGES", "fr_FR"}}).languageCode() == "fr-FR");
+    CHECK(localeOf({{"LANG", "de_AT"}, {"LC_MESSAGES", "fr_FR"}, {"LC_ALL", "it_IT"}}).languageCode() == "it-IT");
+    CHECK(localeOf({{"LANG", "de_AT"}, {"LANGUAGE", "pt_BR:en"}}).languageCode() == "pt-BR");
+    CHECK(localeOf({{"LANG", "C"}, {"LANGUAGE", "pt_BR:en"}}).languageCode() == "en");
+}
+
+TEST_CASE("installed locales decide week and units and separators and clock") {
+    const std::pair<const char*, const char*> expectations[]{
+        {"de_DE.UTF-8", "2: 10.000,5 metric 24h"},
+        {"en_US.UTF-8", "1: 10,000.5 unitedStates 12h"},
+        {"en_GB.UTF-8", "2: 10,000.5 unitedKingdom 24h"},
+        {"ar_EG.UTF-8", "7: 10,000.5 metric 12h"},
+    };
+    for (const auto& [name, expected] : expectations) {
+        if (isInstalled(name)) CHECK(habits(localeOf({{"LANG", name}})) == expected);
+    }
+}
+
+TEST_CASE("each category may have a locale of its own") {
+    if (!isInstalled("de_DE.UTF-8") || !isInstalled("en_US.UTF-8")) return;
+    const auto mixed =
+        localeOf({{"LANG", "en_US.UTF-8"}, {"LC_TIME", "de_DE.UTF-8"}, {"LC_MEASUREMENT", "de_DE.UTF-8"}});
+    CHECK(habits(mixed) == "2: 10,000.5 metric 24h");
+}
