@@ -1,0 +1,237 @@
+#include "health/health_kit_manager.h"
+
+#include "health/streaks.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace pedvar {
+
+namespace {
+
+constexpr std::chrono::days accessProbeSpan{30};
+constexpr std::chrono::days oneDay{1};
+constexpr std::chrono::days week{7};
+
+HKTypeSets authorizedTypes() {
+    const std::vector<std::string> shared{
+        HKQuantityTypeIdentifierBodyMass, HKQuantityTypeIdentifierHeight, HKQuantityTypeIdentifierDietaryWater,
+        "HKWorkoutTypeIdentifier",        "HKWorkoutRouteTypeIdentifier",
+    };
+    std::vector<std::string> read{
+        HKQuantityTypeIdentifierStepCount,          HKQuantityTypeIdentifierDistanceWalkingRunning,
+        HKQuantityTypeIdentifierActiveEnergyBurned, HKQuantityTypeIdentifierAppleExerciseTime,
+        HKQuantityTypeIdentifierFlightsClimbed,     HKQuantityTypeIdentifierHeartRate,
+    };
+    read.insert(read.end(), shared.begin(), shared.end());
+    return {shared, read};
+}
+
+WeekData weekOf(Day weekStart, std::vector<DailyStepData> days, Day today) {
+    WeekData result{isoText(weekStart), days.front().date, days.back().date};
+    for (const DailyStepData& day : days) result.totalSteps += day.steps;
+    const auto daysBegun = std::clamp(today + oneDay - weekStart, std::chrono::days(0), week);
+    if (daysBegun.count() > 0) {
+        result.dailyAverage = static_cast<double>(result.totalSteps) / static_cast<double>(daysBegun.count());
+    }
+    result.dailyData = std::move(days);
+    return result;
+}
+
+/// Keeps `flag` up while at least one of them lives.
+class Mark {
+public:
+    Mark(int& count, Published<bool>& flag) : count_(count), flag_(flag) {
+        ++count_;
+        flag_ = true;
+    }
+    Mark(const Mark&) = delete;
+    Mark& operator=(const Mark&) = delete;
+    ~Mark() {
+        if (--count_ == 0) flag_ = false;
+    }
+
+private:
+    int& count_;
+    Published<bool>& flag_;
+};
+
+}  // namespace
+
+HealthKitManager::HealthKitManager(MainExecutor& executor, const Clock& clock, HKHealthStore& healthStore,
+                                   SettingsStore& settings, HealthDiagnostics& diagnostics,
+                                   StepGoalNotifications& notificationManager)
+    : currentSelectedDate(clock.now()),
+      loading(executor),
+      executor_(executor),
+      clock_(clock),
+      healthStore_(healthStore),
+      settings_(settings),
+      diagnostics_(diagnostics),
+      notificationManager_(notificationManager),
+      reads_(executor, healthStore, diagnostics),
+      activity_(reads_),
+      refresh_(executor, [this] { return refreshToday(); }),
+      tasks_(executor) {}
+
+Task<HKAuthorizationRequestStatus> HealthKitManager::fetchRequestStatus() {
+    Completion<HKResult<HKAuthorizationRequestStatus>> answer(executor_);
+    healthStore_.getRequestStatusForAuthorization(authorizedTypes(), answer.resolver());
+    const auto status = co_await answer;
+    co_return status.value_or(HKAuthorizationRequestStatus::unknown);
+}
+
+Task<> HealthKitManager::ensureAuthorization() {
+    const auto status = co_await fetchRequestStatus();
+    if (status == HKAuthorizationRequestStatus::unnecessary) isAuthorized = true;
+    if (status != HKAuthorizationRequestStatus::shouldRequest) co_return;
+    if (std::exchange(hasRequestedAuthorization_, true)) co_return;
+
+    diagnostics_.log(LogLevel::standard,
+                     "HKDiag requestStatus=shouldRequest at launch - presenting the permission sheet");
+    Completion<HKResult<void>> answer(executor_);
+    healthStore_.requestAuthorization(authorizedTypes(), answer.resolver());
+    const auto outcome = co_await answer;
+    if (!outcome) {
+        const HKError& error = outcome.error();
+        diagnostics_.log(LogLevel::error, "HKDiag requestAuthorization THREW " + describe(error));
+        authorizationError = "HealthKit authorization completed with note: " + error.localizedDescription;
+    }
+    isAuthorized = true;
+}
+
+Task<bool> HealthKitManager::computeHealthAccessBlocked() {
+    const auto status = co_await fetchRequestStatus();
+    if (status != HKAuthorizationRequestStatus::unnecessary) co_return false;
+
+    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
+    const Date from = settings_.calendar().start(today() - accessProbeSpan);
+    const HKPredicate predicate{from, clock_.now(), HKQueryOptions::strictStartDate};
+    const auto samples =
+        co_await reads_.fetchSamples(type, predicate, 1, HKSampleSort::none, QueryPriority::normal);
+    if (samples && !samples->empty()) co_return false;
+    diagnostics_.log(LogLevel::standard,
+                     "HKDiag no step samples in 30 days with authorization already requested - surfacing the "
+                     "Health access hint");
+    co_return true;
+}
+
+void HealthKitManager::observeNewSamples() {
+    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
+    newSamples_ = healthStore_.observeNewSamples(type, [this] { refresh_.request(); });
+    healthStore_.enableBackgroundDelivery(
+        type, HKUpdateFrequency::immediate, [&diagnostics = diagnostics_](const HKResult<void>& outcome) {
+            if (outcome) {
+                diagnostics.log(LogLevel::standard, "✅ Background delivery enabled for step count updates");
+            } else {
+                diagnostics.log(LogLevel::error, "❌ Failed to enable background delivery: " +
+                                                     outcome.error().localizedDescription);
+            }
+        });
+}
+
+Task<> HealthKitManager::refreshToday() {
+    const Mark mark(refreshCount_, isLoading);
+    adoptSharedValues();
+
+    Day day;
+    SelectedDayMetrics metrics;
+    do {
+        day = today();
+        metrics = co_await activity_.fetchDayMetrics(day, settings_.calendar(), QueryPriority::normal);
+    } while (day != today());  // midnight has passed meanwhile
+    if (co_await isCancelled()) co_return;
+
+    todaySteps = metrics.steps;
+    todayDistance = metrics.distanceMeters;
+    todayActiveCalories = metrics.activeCalories;
+    todayActiveMinutes = metrics.activeMinutes;
+    todayFlightsClimbed = metrics.flights;
+    todayPreviousDaySteps = metrics.previousDaySteps;
+    notificationManager_.goalProgressed(metrics.steps, settings_.dailyGoal());
+    refreshed.notify();
+}
+
+void HealthKitManager::adoptSharedValues() {
+    auto result = settings_.adoptSharedValues(today());
+    if (result) result = settings_.rememberFirstGoal(today());
+    if (!result) diagnostics_.log(LogLevel::error, "HKDiag settings not saved: " + result.error().message);
+}
+
+Task<> HealthKitManager::updateStreaks() {
+    const Calendar calendar = settings_.calendar();
+    const Day last = today();
+    Streaks streaks;
+    const auto oldest = co_await activity_.fetchOldestStepDate(clock_.now(), QueryPriority::normal);
+    if (oldest) {
+        const Day first = calendar.day(*oldest);
+        const auto steps = co_await activity_.fetchDailySteps(first, last, calendar, QueryPriority::normal);
+        if (steps) streaks = streaksOf(first, *steps, settings_.goalHistory());
+    }
+    if (co_await isCancelled()) co_return;
+    currentStreak = streaks.current;
+    longestStreak = streaks.longest;
+    lastMetDate = streaks.lastMet;
+}
+
+Task<std::vector<std::int64_t>> HealthKitManager::fetchLastSevenDays() {
+    const Day last = today();
+    const auto steps = co_await activity_.fetchDailySteps(last + oneDay - week, last, settings_.calendar(),
+                                                          QueryPriority::normal);
+    co_return steps.value_or(std::vector<std::int64_t>(7));
+}
+
+CancellableTask HealthKitManager::selectDate(Date date) {
+    currentSelectedDate = date;
+    return replace(dayFetchTask_, fetchDay(settings_.calendar().day(date)));
+}
+
+CancellableTask HealthKitManager::loadWeek(Date inWeek) {
+    const Calendar calendar = settings_.calendar();
+    const Day weekStart = calendar.weekStart(calendar.day(inWeek));
+    currentWeekStart = calendar.start(weekStart);
+    return replace(weekFetchTask_, fetchWeek(weekStart));
+}
+
+CancellableTask HealthKitManager::loadMonth(std::chrono::year_month month) {
+    return replace(monthFetchTask_, fetchMonth(month));
+}
+
+CancellableTask HealthKitManager::replace(std::optional<CancellableTask>& running, Task<> load) {
+    if (running) running->cancel();
+    running = tasks_.spawn(counted(loading.begin(), std::move(load)));
+    return *running;
+}
+
+Task<> HealthKitManager::counted(LoadingState::Load, Task<> load) {
+    co_await load;
+}
+
+Task<> HealthKitManager::fetchDay(Day day) {
+    const Calendar calendar = settings_.calendar();
+    const auto metrics = co_await activity_.fetchDayMetrics(day, calendar, QueryPriority::normal);
+    if (co_await isCancelled()) co_return;
+    selectedDayMetrics = metrics;
+
+    auto hours = co_await activity_.fetchHourlyData(day, calendar, QueryPriority::normal);
+    if (co_await isCancelled()) co_return;
+    if (hours.empty()) hours = hourlyEntries(day, calendar, HourTotals{}, HourTotals{});
+    hourlyStepData = std::move(hours);
+}
+
+Task<> HealthKitManager::fetchWeek(Day weekStart) {
+    auto days = co_await activity_.fetchDailyData(weekStart, weekStart + week - oneDay, settings_.calendar(),
+                                                  QueryPriority::normal);
+    if (co_await isCancelled()) co_return;
+    weekStepsData = std::vector{weekOf(weekStart, std::move(days), today())};
+}
+
+Task<> HealthKitManager::fetchMonth(std::chrono::year_month month) {
+    const Day first = firstDay(month);
+    const Day last = first + std::chrono::days(dayCount(month)) - oneDay;
+    auto days = co_await activity_.fetchDailyData(first, last, settings_.calendar(), QueryPriority::normal);
+    if (co_await isCancelled()) co_return;
+    dailyStepData = std::move(days);
+}
+
+}  // namespace pedvar

@@ -1,0 +1,242 @@
+#include "health/settings_store.h"
+
+#include "core/check.h"
+#include "core/record.h"
+
+#include <cmath>
+#include <type_traits>
+#include <utility>
+
+namespace pedvar {
+
+namespace {
+
+constexpr std::string_view preferencesKey = "userPreferences";
+constexpr std::string_view metricsKey = "personalMetrics";
+constexpr std::string_view goalHistoryKey = "dailyGoalHistory";
+constexpr std::string_view sharedGoalKey = "dailyGoal";
+constexpr std::string_view sharedStepGoalKey =
+    "dailyStepGoal";  // of widgets and watch; ours to change, not to make
+constexpr std::string_view sharedUnitKey = "distanceUnit";
+constexpr std::string_view sharedColorKey = "stepColor";
+constexpr std::string_view sharedLanguageKey = "appLanguage";
+
+struct StoredGoal {
+    std::string day;  // YYYY-MM-DD
+    std::int64_t goal = 0;
+    using Fields = FieldList<&StoredGoal::day, &StoredGoal::goal>;
+};
+static_assert(isComplete<StoredGoal>);
+
+/// The document under `key` when it is a `Root`, object or array.
+template <class Root>
+std::optional<JsonValue> storedDocument(const UserDefaults& store, const JsonParser& json, std::string_view key) {
+    const auto data = store.data(key);
+    if (!data) return std::nullopt;
+    auto document = json.parse(data->bytes);
+    if (!document || !document->template as<Root>()) return std::nullopt;
+    return std::move(*document);
+}
+
+/// What one operation writes, all of it or nothing.
+class Changes {
+public:
+    Changes(DefaultsDomains& defaults, const JsonParser& json) : defaults_(defaults), json_(json) {}
+
+    /// Replaces a document of the standard store.
+    template <class Value>
+    void replace(std::string_view key, const Value& value) {
+        using Root = std::conditional_t<Record<Value>, JsonObject, JsonArray>;
+        auto document = encodeJson(value);
+        if (!document) {
+            failure_ = "a value of " + std::string(key) + " is not a number";
+            return;
+        }
+        const UserDefaults& store = defaults_.standard();
+        if (auto old = store.value(key); old && !storedDocument<Root>(store, json_, key)) {
+            changes_.push_back({&store, std::string(key) + ".unreadable", std::move(old)});
+        }
+        changes_.push_back({&store, std::string(key), Data{std::move(*document)}});
+    }
+
+    /// Sets a value of the shared store, if that is open.
+    void share(std::string_view key, DefaultsValue value) {
+        if (const UserDefaults* shared = defaults_.shared()) {
+            changes_.push_back({shared, std::string(key), std::move(value)});
+        }
+    }
+
+    DefaultsResult write() {
+        if (failure_) return std::unexpected(DefaultsError{*failure_});
+        return defaults_.write(changes_);
+    }
+
+private:
+    DefaultsDomains& defaults_;
+    const JsonParser& json_;
+    std::vector<DefaultsChange> changes_;
+    std::optional<std::string> failure_;
+};
+
+std::vector<StoredGoal> storedGoals(const GoalHistory& history) {
+    std::vector<StoredGoal> goals;
+    for (const auto& [day, goal] : history.changes()) goals.push_back({isoText(day), goal});
+    return goals;
+}
+
+std::string languageCodeOf(const UserPreferences& preferences, const Locale& locale) {
+    const std::string_view code = names(preferences.appLanguage).code;
+    return code.empty() ? locale.languageCode() : std::string(code);
+}
+
+}  // namespace
+
+std::string_view sharedName(DistanceUnit unit) {
+    return unit == DistanceUnit::miles ? "mi" : "km";
+}
+
+UserPreferences SettingsStore::preferences() const {
+    const auto defaults =
+        defaultPreferences(locale_.firstWeekday(), locale_.measurementSystem() == MeasurementSystem::unitedStates);
+    const auto document = storedDocument<JsonObject>(defaults_.standard(), json_, preferencesKey);
+    return document ? decodeLeniently(*document, defaults).value_or(defaults) : defaults;
+}
+
+DefaultsResult SettingsStore::savePreferences(const UserPreferences& preferences) {
+    Changes changes(defaults_, json_);
+    changes.replace(preferencesKey, preferences);
+    return changes.write();
+}
+
+DefaultsResult SettingsStore::changePreferences(const UserPreferences& preferences) {
+    Changes changes(defaults_, json_);
+    changes.replace(preferencesKey, preferences);
+    changes.share(sharedUnitKey, std::string(sharedName(preferences.distanceUnit)));
+    changes.share(sharedColorKey, std::string(caseName(preferences.preferredStepColor)));
+    changes.share(sharedLanguageKey, languageCodeOf(preferences, locale_));
+    if (auto document = encodeJson(preferences)) changes.share(preferencesKey, Data{std::move(*document)});
+    return changes.write();
+}
+
+int SettingsStore::firstWeekday() const {
+    const bool isStored = storedDocument<JsonObject>(defaults_.standard(), json_, preferencesKey).has_value();
+    return isStored ? weekday(preferences().weekStartsOn) : locale_.firstWeekday();
+}
+
+Calendar SettingsStore::calendar() const {
+    return Calendar(locale_.zone(), firstWeekday());
+}
+
+std::string SettingsStore::languageCode() const {
+    return languageCodeOf(preferences(), locale_);
+}
+
+PersonalMetrics SettingsStore::personalMetrics() const {
+    const auto document = storedDocument<JsonObject>(defaults_.standard(), json_, metricsKey);
+    PersonalMetrics metrics;
+    if (document) metrics = decodeLeniently(*document, metrics).value_or(metrics);
+    if (!isValidDailyGoal(metrics.dailyStepGoal)) {
+        metrics.dailyStepGoal = defaultDailyGoal;
+        metrics.weeklyStepGoal.reset();
+    }
+    return metrics;
+}
+
+DefaultsResult SettingsStore::savePersonalMetrics(const PersonalMetrics& metrics) {
+    Changes changes(defaults_, json_);
+    changes.replace(metricsKey, metrics);
+    return changes.write();
+}
+
+DefaultsResult SettingsStore::adoptCharacteristics(std::optional<std::int64_t> age, std::optional<Gender> gender) {
+    const PersonalMetrics stored = personalMetrics();
+    PersonalMetrics metrics = stored;
+    const auto adopt = [](auto& field, DataSource& source, const auto& known) {
+        const bool isTypedIn = field && source == DataSource::manual;
+        if (!known || isTypedIn) return;
+        field = known;
+        source = DataSource::healthKit;
+    };
+    adopt(metrics.age, metrics.ageSource, age);
+    adopt(metrics.gender, metrics.genderSource, gender);
+    return metrics == stored ? DefaultsResult() : savePersonalMetrics(metrics);
+}
+
+std::int64_t SettingsStore::dailyGoal() const {
+    const UserDefaults* shared = defaults_.shared();
+    const auto goal = shared ? shared->integer(sharedGoalKey) : std::nullopt;
+    return goal && isValidDailyGoal(*goal) ? *goal : defaultDailyGoal;
+}
+
+GoalHistory SettingsStore::goalHistory() const {
+    std::vector<GoalChange> changes;
+    if (const auto document = storedDocument<JsonArray>(defaults_.standard(), json_, goalHistoryKey)) {
+        for (const JsonValue& element : *document->as<JsonArray>()) {
+            const auto stored = decodeJson<StoredGoal>(element);
+            const auto day = stored ? parseDay(stored->day) : std::nullopt;
+            if (day && isValidDailyGoal(stored->goal)) changes.push_back({*day, stored->goal});
+        }
+    }
+    return GoalHistory(changes, dailyGoal());
+}
+
+DefaultsResult SettingsStore::setDailyGoal(std::int64_t goal, Day today) {
+    check(isValidDailyGoal(goal), "a goal that is none was to be stored");
+    PersonalMetrics metrics = personalMetrics();
+    metrics.dailyStepGoal = goal;
+    metrics.weeklyStepGoal = 7 * goal;
+    GoalHistory goals = goalHistory();
+    goals.add({today, goal});
+
+    Changes changes(defaults_, json_);
+    changes.replace(metricsKey, metrics);
+    changes.replace(goalHistoryKey, storedGoals(goals));
+    changes.share(sharedGoalKey, goal);
+    const UserDefaults* shared = defaults_.shared();
+    if (shared && shared->value(sharedStepGoalKey)) changes.share(sharedStepGoalKey, goal);
+    return changes.write();
+}
+
+DefaultsResult SettingsStore::rememberFirstGoal(Day today) {
+    GoalHistory goals = goalHistory();
+    if (!goals.changes().empty()) return {};
+    goals.add({today, dailyGoal()});
+    Changes changes(defaults_, json_);
+    changes.replace(goalHistoryKey, storedGoals(goals));
+    return changes.write();
+}
+
+DefaultsResult SettingsStore::adoptSharedValues(Day today) {
+    const UserDefaults* shared = defaults_.shared();
+    if (!shared) return {};
+    const auto goal = shared->integer(sharedStepGoalKey);
+    if (goal && isValidDailyGoal(*goal) && *goal != personalMetrics().dailyStepGoal) {
+        if (auto result = setDailyGoal(*goal, today); !result) return result;
+    }
+    if (auto result = adoptTargetWeight(*shared); !result) return result;
+    return adoptPreferences(*shared);
+}
+
+DefaultsResult SettingsStore::adoptTargetWeight(const UserDefaults& shared) {
+    const auto weight = shared.real("targetWeight");
+    if (!weight || !std::isfinite(*weight)) return {};
+    PersonalMetrics metrics = personalMetrics();
+    const auto target = *weight > 0 ? weight : std::nullopt;
+    if (metrics.targetWeight == target) return {};
+    metrics.targetWeight = target;
+    return savePersonalMetrics(metrics);
+}
+
+DefaultsResult SettingsStore::adoptPreferences(const UserDefaults& shared) {
+    const UserPreferences stored = preferences();
+    UserPreferences adopted = stored;
+    if (const auto unit = shared.text(sharedUnitKey)) {
+        adopted.distanceUnit = *unit == "mi" ? DistanceUnit::miles : DistanceUnit::kilometers;
+    }
+    if (const auto name = shared.text(sharedColorKey)) {
+        adopted.preferredStepColor = caseNamed<StepColor>(*name).value_or(stored.preferredStepColor);
+    }
+    return adopted == stored ? DefaultsResult() : savePreferences(adopted);
+}
+
+}  // namespace pedvar

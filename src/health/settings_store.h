@@ -1,0 +1,72 @@
+/// What the person has chosen, as it is stored.
+#pragma once
+
+#include "core/calendar.h"
+#include "core/personal_metrics.h"
+#include "core/preferences.h"
+#include "health/goal_history.h"
+#include "platform/json_parser.h"
+#include "platform/locale.h"
+#include "platform/user_defaults.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pedvar {
+
+/// "km" or "mi", as the shared store names the units of distance.
+std::string_view sharedName(DistanceUnit unit);
+
+/// Loads and saves preferences, personal metrics and the goal. Every write is one transaction over all the places
+/// that hold the value. A stored document that does not decode counts as absent; its bytes are kept under the key
+/// with ".unreadable" behind it when something else is saved.
+class SettingsStore {
+public:
+    SettingsStore(DefaultsDomains& defaults, const JsonParser& json, const Locale& locale)
+        : defaults_(defaults), json_(json), locale_(locale) {}
+
+    /// A member that is missing or cannot be read takes its default, the rest is kept.
+    UserPreferences preferences() const;
+    /// Replaces the stored preferences.
+    DefaultsResult savePreferences(const UserPreferences& preferences);
+    /// The same with the values that widgets and watch read beside it, so that adopting their values changes
+    /// nothing.
+    DefaultsResult changePreferences(const UserPreferences& preferences);
+
+    /// 1 = Sunday ... 7 = Saturday; the region's own without stored preferences.
+    int firstWeekday() const;
+    Calendar calendar() const;
+    /// The code of the language in effect ("de").
+    std::string languageCode() const;
+
+    PersonalMetrics personalMetrics() const;
+    DefaultsResult savePersonalMetrics(const PersonalMetrics& metrics);
+    /// Fills in what the health store knows. What the person typed in stays.
+    DefaultsResult adoptCharacteristics(std::optional<std::int64_t> age, std::optional<Gender> gender);
+
+    /// The daily goal in steps; 10,000 when none is stored, the shared store is closed, or the value is no valid
+    /// goal.
+    std::int64_t dailyGoal() const;
+    GoalHistory goalHistory() const;
+    /// Sets the goal from `today` on, everywhere at once. `goal` is valid.
+    DefaultsResult setDailyGoal(std::int64_t goal, Day today);
+    /// Remembers the goal of `today` if no goal is remembered yet, so that a later change leaves today its goal.
+    DefaultsResult rememberFirstGoal(Day today);
+
+    /// Takes over what widgets and watch have stored: goal, target weight, unit of distance and step colour. An
+    /// absent key is no news.
+    DefaultsResult adoptSharedValues(Day today);
+
+private:
+    DefaultsResult adoptTargetWeight(const UserDefaults& shared);
+    DefaultsResult adoptPreferences(const UserDefaults& shared);
+
+    DefaultsDomains& defaults_;
+    const JsonParser& json_;
+    const Locale& locale_;
+};
+
+}  // namespace pedvar
