@@ -1,0 +1,30 @@
+/// Routes that older exports hold point by point.
+#pragma once
+
+#include "linux/health/samples.h"
+#include "linux/import/export_values.h"
+#include "linux/import/tag.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace pedvar {
+
+/// Turns `<Location>` elements into the GPX text that newer exports have in files of their own.
+class LocationRoute {
+public:
+    /// Adds a point; one without a place or a time is left out, as is what it does not know (-1).
+    void add(const Tag& location, ExportDateParser& dates);
+
+    /// The route file, named by the time of its first point; none without points.
+    std::optional<WorkoutRouteFile> finish() const;
+
+    std::size_t size() const { return points_.size(); }
+
+private:
+    std::string points_;
+    Milliseconds start_ = 0;
+};
+
+}  // namespace pedvar
