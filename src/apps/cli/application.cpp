@@ -1,0 +1,129 @@
+#include "apps/cli/application.h"
+
+#include "apps/cli/companion.h"
+#include "apps/cli/health.h"
+#include "apps/cli/moment.h"
+#include "linux/system/clocks.h"
+
+#include <unistd.h>
+#include <cstdlib>
+
+namespace pedvar {
+namespace {
+
+constexpr std::string_view linuxSettingsKey = "linuxSettings";
+
+Task<> ending(CancellableTask task) {
+    co_await task.finished();
+}
+
+Task<> refreshed(HealthKitManager& manager, WidgetUpdater& updater) {
+    co_await manager.refreshToday();
+    co_await updater.finished();
+}
+
+/// An absolute path in the environment, as it asks for folders to be given.
+std::optional<std::filesystem::path> folderIn(const char* variable) {
+    const char* const value = std::getenv(variable);
+    if (!value || *value != '/') return std::nullopt;
+    return value;
+}
+
+/// Where the data lies; none when nothing says so.
+std::optional<std::filesystem::path> dataFolder(const GlobalOptions& options) {
+    if (options.dataFolder) return *options.dataFolder;
+    if (const auto data = folderIn("XDG_DATA_HOME")) return *data / "pedvar";
+    if (const auto home = folderIn("HOME")) return *home / ".local/share/pedvar";
+    return std::nullopt;
+}
+
+}  // namespace
+
+CommandResult<std::unique_ptr<Application>> Application::open(const GlobalOptions& options, Access access) {
+    if (options.now && access == Access::readWrite) {
+        return usageError("--now is for looking; a command that writes refuses it.");
+    }
+    auto folder = dataFolder(options);
+    if (!folder || folder->empty()) return usageError("Nothing says where the data lies; --data DIR does.");
+    ProcessZone zone = processZone();
+    std::unique_ptr<const Clock> clock = std::make_unique<SystemClock>();
+    if (options.now) {
+        const auto now = parseMoment(*options.now, *zone.rules);
+        if (!now) {
+            return usageError(fmt::format(
+                "\"{}\" is no moment; one is written like 2024-05-01, 2024-05-01T18:30 or 2024-05-01T18:30+02:00.",
+                *options.now));
+        }
+        clock = std::make_unique<FixedClock>(*now);
+    }
+    return std::unique_ptr<Application>(
+        new Application(options, std::move(*folder), std::move(zone), std::move(clock), access));
+}
+
+Application::Application(const GlobalOptions& options, std::filesystem::path folder, ProcessZone zone,
+                         std::unique_ptr<const Clock> clock, Access access)
+    : options_(options),
+      folder_(std::move(folder)),
+      zone_(std::move(zone)),
+      clock_(std::move(clock)),
+      locale_(*zone_.rules),
+      text_(catalogue_),
+      defaults_(folder_, access == Access::readWrite ? SqliteDefaults::Access::readWrite
+                                                     : SqliteDefaults::Access::readOnly),
+      settings_(defaults_, json_, locale_) {}
+
+Application::~Application() = default;
+
+void Application::finish(CancellableTask task) {
+    loop_.run(ending(std::move(task)));
+}
+
+LinuxSettings Application::linuxSettings() const {
+    const auto stored = defaults_.standard().data(linuxSettingsKey);
+    if (!stored) return {};
+    const auto document = json_.parse(stored->bytes);
+    return document ? decodeLeniently(*document, LinuxSettings()).value_or(LinuxSettings()) : LinuxSettings();
+}
+
+DefaultsResult Application::saveLinuxSettings(const LinuxSettings& settings) {
+    return defaults_.write({{&defaults_.standard(), std::string(linuxSettingsKey), Data{*encodeJson(settings)}}});
+}
+
+Screen Application::screen() const {
+    const UserPreferences preferences = settings_.preferences();
+    return {
+        .text = text_,
+        .figures = Figures(locale_, preferences, text_),
+        .palette = terminalBehind(STDOUT_FILENO, linuxSettings().colorOutput).palette,
+        .accent = stepColor(preferences),
+    };
+}
+
+CommandResult<Health*> Application::health() {
+    if (!health_) {
+        const HealthSurroundings surroundings{loop_, *clock_, *zone_.rules, settings_, log_};
+        auto opened = std::make_unique<Health>(surroundings, folder_ / "health.sqlite");
+        if (const auto sound = opened->database.verify(); !sound) return std::unexpected(errorOf(sound.error()));
+        health_ = std::move(opened);
+    }
+    return health_.get();
+}
+
+CommandResult<Companion*> Application::companion() {
+    const auto opened = health();
+    if (!opened) return std::unexpected(opened.error());
+    if (!companion_) {
+        companion_ = std::make_unique<Companion>(
+            CompanionSurroundings{loop_, *clock_, defaults_, settings_, log_, (*opened)->manager});
+    }
+    return companion_.get();
+}
+
+CommandResult<void> Application::refresh() {
+    const auto opened = companion();
+    if (!opened) return std::unexpected(opened.error());
+    loop_.run(refreshed(health_->manager, (*opened)->updater));
+    return {};
+}
+
+}  // namespace pedvar

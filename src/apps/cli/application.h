@@ -1,0 +1,90 @@
+/// The program's objects: adapters first, then managers.
+#pragma once
+
+#include "apps/cli/command_line.h"
+#include "apps/cli/error.h"
+#include "apps/cli/linux_settings.h"
+#include "apps/cli/screen.h"
+#include "health/settings_store.h"
+#include "linux/system/absent_services.h"
+#include "linux/system/event_loop.h"
+#include "linux/system/glibc_locale.h"
+#include "linux/system/nlohmann_json_parser.h"
+#include "linux/system/process_zone.h"
+#include "linux/system/sqlite_defaults.h"
+#include "linux/system/system_log.h"
+#include "platform/clock.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace pedvar {
+
+class Companion;
+class Health;
+
+/// Whether a command only looks. Then nothing is written, not even the folder of the data.
+enum class Access { readOnly, readWrite };
+
+/// What commands are made of. The health store and its managers are built when a command first asks for them.
+class Application {
+public:
+    /// Refuses a moment that is none, and another moment than the present for a command that writes.
+    static CommandResult<std::unique_ptr<Application>> open(const GlobalOptions& options, Access access);
+    ~Application();
+
+    bool wantsJson() const { return options_.format == OutputFormat::json; }
+    const std::filesystem::path& folder() const { return folder_; }
+    const Texts& text() const { return text_; }
+    const Clock& clock() const { return *clock_; }
+    EventLoop& loop() { return loop_; }
+    SqliteDefaults& defaults() { return defaults_; }
+    const JsonParser& json() const { return json_; }
+    SettingsStore& settings() { return settings_; }
+    Day today() const { return settings_.calendar().day(clock_->now()); }
+
+    LinuxSettings linuxSettings() const;
+    DefaultsResult saveLinuxSettings(const LinuxSettings& settings);
+
+    /// Runs until a load has ended.
+    void finish(CancellableTask task);
+
+    /// What is odd about the surroundings, for people.
+    const std::optional<std::string>& warning() const { return zone_.warning; }
+
+    /// How standard output shows things, by the stored preferences.
+    Screen screen() const;
+
+    /// The health store with its managers, for reading.
+    CommandResult<Health*> health();
+
+    /// The managers that carry changes on to widgets and watch, for commands that write.
+    CommandResult<Companion*> companion();
+
+    /// What follows each change: today's totals and the suite that widgets read are made anew.
+    CommandResult<void> refresh();
+
+private:
+    Application(const GlobalOptions& options, std::filesystem::path folder, ProcessZone zone,
+                std::unique_ptr<const Clock> clock, Access access);
+
+    GlobalOptions options_;
+    std::filesystem::path folder_;
+    Access access_;
+    ProcessZone zone_;
+    std::unique_ptr<const Clock> clock_;
+    GlibcLocale locale_;
+    EnglishTexts catalogue_;
+    Texts text_;
+    NlohmannJsonParser json_;
+    SystemLog log_;
+    EventLoop loop_;
+    SqliteDefaults defaults_;
+    SettingsStore settings_;
+    std::unique_ptr<Health> health_;
+    std::unique_ptr<Companion> companion_;
+};
+
+}  // namespace pedvar

@@ -1,0 +1,100 @@
+#include "apps/cli/application.h"
+#include "apps/cli/commands/command.h"
+#include "apps/cli/commands/day_views.h"
+#include "apps/cli/health.h"
+#include "linux/health/health_administration.h"
+
+#include <fmt/ranges.h>
+
+namespace pedvar {
+namespace {
+
+struct Findings {
+    std::vector<std::string> problems;
+    std::int64_t staleDays = 0;
+    std::vector<std::pair<std::string, std::int64_t>> rows;
+};
+
+void add(Findings& findings, const StoreExamination& examination, const Screen& screen) {
+    for (const std::string& damage : examination.damages) findings.problems.push_back(damage);
+    for (const TotalsDifference& difference : examination.differences) {
+        findings.problems.push_back(screen.text(
+            "The total of {0} on {1} is {2}, its samples say {3}; `pedvar doctor --rebuild` makes it anew.",
+            difference.type, difference.day, difference.kept, difference.counted));
+    }
+    for (const LoosePermissions& loose : examination.permissions) {
+        findings.problems.push_back(
+            screen.text("{0} has mode {1:04o}: others than you can reach your data.", loose.path, loose.mode));
+    }
+    findings.staleDays = examination.staleDays;
+    findings.rows = examination.rows;
+}
+
+Findings examine(Application& application) {
+    Findings findings{.problems = application.defaults().damages()};
+    const auto health = application.health();
+    if (!health) {
+        findings.problems.push_back(health.error().message);
+        return findings;
+    }
+    const auto examination = HealthAdministration((*health)->database).examine();
+    if (examination) {
+        add(findings, *examination, application.screen());
+    } else {
+        findings.problems.push_back(examination.error().message);
+    }
+    return findings;
+}
+
+CommandResult<void> rebuild(Application& application) {
+    const auto health = application.health();
+    if (!health) return std::unexpected(health.error());
+    const auto rebuilt = commandResult(HealthAdministration((*health)->database).rebuildTotals());
+    return rebuilt ? application.refresh() : rebuilt;
+}
+
+JsonObject document(const Findings& findings) {
+    JsonArray problems;
+    for (const std::string& problem : findings.problems) problems.push_back({problem});
+    JsonObject rows;
+    for (const auto& [table, count] : findings.rows) rows.emplace_back(table, JsonValue{count});
+    return {
+        {"isSound", {findings.problems.empty()}},
+        {"problems", {std::move(problems)}},
+        {"staleDays", {findings.staleDays}},
+        {"rows", {std::move(rows)}},
+    };
+}
+
+std::string view(const Findings& findings, Application& application) {
+    const Screen screen = application.screen();
+    std::vector<std::pair<std::string, std::string>> lines{
+        {screen.text("Data folder"), harmless(application.folder().string())}};
+    for (const auto& [table, count] : findings.rows) {
+        lines.emplace_back(table, screen.text("{} rows", screen.figures.number(count)));
+    }
+    std::string result = labelled(lines) + "\n";
+    if (findings.staleDays > 0) {
+        result += screen.text("The totals of {} wait to be made; until then reading takes longer.\n",
+                              screen.figures.days(findings.staleDays));
+    }
+    for (const std::string& problem : findings.problems) result += harmless(problem) + "\n";
+    return findings.problems.empty() ? result + screen.text("Everything is sound.") + "\n" : result;
+}
+
+}  // namespace
+
+CommandResult<Report> run(const DoctorRequest& request, Application& application) {
+    if (request.repair == DoctorRequest::Repair::rebuildTotals) {
+        if (const auto rebuilt = rebuild(application); !rebuilt) return std::unexpected(rebuilt.error());
+    }
+    const Findings findings = examine(application);
+    std::optional<CommandError> problem;
+    if (!findings.problems.empty()) {
+        problem = CommandError{ErrorKind::unsound, application.text()("What is stored is not in order.")};
+    }
+    if (application.wantsJson()) return Report{document(findings), std::move(problem)};
+    return Report{view(findings, application), std::move(problem)};
+}
+
+}  // namespace pedvar

@@ -1,0 +1,121 @@
+#include "apps/cli/commands/import_views.h"
+
+#include "apps/cli/commands/day_views.h"
+#include "core/reflection.h"
+
+namespace pedvar {
+namespace {
+
+constexpr auto allReasons = [] {
+    std::array<SkipReason, skipReasonCount> reasons{};
+    for (std::size_t i = 0; i < reasons.size(); ++i) reasons[i] = static_cast<SkipReason>(i);
+    return reasons;
+}();
+
+JsonObject countsDocument(const ImportCounts& counts) {
+    JsonObject skipped;
+    for (const SkipReason reason : allReasons) {
+        const std::int64_t count = counts.skipped[reason];
+        if (count > 0) skipped.emplace_back(std::string(nameOf(reason)), JsonValue{count});
+    }
+    return {
+        {"read", {counts.read}},
+        {"added", {counts.added}},
+        {"alreadyThere", {counts.alreadyThere}},
+        {"skipped", {std::move(skipped)}},
+        {"workouts", {counts.workouts}},
+        {"routes", {counts.routes}},
+    };
+}
+
+JsonValue fileDocument(const ImportedFile& file) {
+    JsonObject result{{"file", {file.name}}};
+    for (auto& member : countsDocument(file.counts)) result.push_back(std::move(member));
+    JsonValue error;
+    if (file.error) {
+        const CommandError told = errorOf(file);
+        error = {JsonObject{{"kind", {std::string(caseName(told.kind))}}, {"message", {told.message}}}};
+    }
+    result.emplace_back("error", std::move(error));
+    return {std::move(result)};
+}
+
+std::string describe(SkipReason reason, const Texts& text) {
+    switch (reason) {
+        case SkipReason::notAQuantity:
+            return text("not a quantity");
+        case SkipReason::unknownUnit:
+            return text("unknown unit");
+        case SkipReason::badValue:
+            return text("no number");
+        case SkipReason::badDate:
+            return text("impossible date");
+        case SkipReason::missingAttribute:
+            return text("incomplete");
+        case SkipReason::malformed:
+            return text("unreadable");
+        case SkipReason::tooVaried:
+            return text("too many kinds");
+    }
+    return {};
+}
+
+std::string skippedLine(const SkipCounts& skipped, const Screen& screen) {
+    std::string reasons;
+    for (const SkipReason reason : allReasons) {
+        if (skipped[reason] == 0) continue;
+        if (!reasons.empty()) reasons += ", ";
+        reasons += screen.text("{}: {}", describe(reason, screen.text), screen.figures.number(skipped[reason]));
+    }
+    return screen.figures.number(skipped.total()) + (reasons.empty() ? "" : " (" + reasons + ")");
+}
+
+}  // namespace
+
+CommandError errorOf(const ImportedFile& file) {
+    CommandError error = errorOf(*file.error);
+    if (file.endedEarly) error.kind = ErrorKind::truncated;
+    return error;
+}
+
+JsonObject importDocument(const ImportReport& report) {
+    JsonObject result = countsDocument(report.counts);
+    JsonArray files;
+    for (const ImportedFile& file : report.files) files.push_back(fileDocument(file));
+    result.emplace_back("files", JsonValue{std::move(files)});
+    return result;
+}
+
+std::string importView(const ImportReport& report, const Screen& screen) {
+    const ImportCounts& counts = report.counts;
+    const Figures& figures = screen.figures;
+    std::string result;
+    for (const ImportedFile& file : report.files) {
+        if (file.error && file.counts.read == 0) continue;
+        result += harmless(file.name) + "\n";
+    }
+    if (result.empty()) return result;
+    std::vector<std::pair<std::string, std::string>> lines{
+        {screen.text("Records read"), figures.number(counts.read)},
+        {screen.text("Added"), figures.number(counts.added)},
+        {screen.text("Already there"), figures.number(counts.alreadyThere)},
+        {screen.text("Skipped"), skippedLine(counts.skipped, screen)},
+    };
+    if (counts.workoutsRead > 0) {
+        lines.emplace_back(screen.text("Workouts added"),
+                           screen.text("{} of {}, with {} routes", figures.number(counts.workouts),
+                                       figures.number(counts.workoutsRead), figures.number(counts.routes)));
+    }
+    if (counts.workoutsSkipped > 0) {
+        lines.emplace_back(screen.text("Workouts skipped"), figures.number(counts.workoutsSkipped));
+    }
+    if (counts.routesMissing > 0)
+        lines.emplace_back(screen.text("Routes missing"), figures.number(counts.routesMissing));
+    if (counts.repairedBytes > 0) {
+        lines.emplace_back(screen.text("Bytes repaired"),
+                           figures.number(static_cast<std::int64_t>(counts.repairedBytes)));
+    }
+    return result + "\n" + labelled(lines);
+}
+
+}  // namespace pedvar

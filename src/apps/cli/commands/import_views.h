@@ -1,0 +1,19 @@
+/// What an import did, for people and for scripts.
+#pragma once
+
+#include "apps/cli/error.h"
+#include "apps/cli/screen.h"
+#include "core/json_value.h"
+#include "linux/import/import_report.h"
+
+#include <string>
+
+namespace pedvar {
+
+JsonObject importDocument(const ImportReport& report);
+std::string importView(const ImportReport& report, const Screen& screen);
+
+/// The error of a file that has one.
+CommandError errorOf(const ImportedFile& file);
+
+}  // namespace pedvar

@@ -1,0 +1,60 @@
+#include "apps/cli/error.h"
+
+namespace pedvar {
+namespace {
+
+ErrorKind kindOf(StoreError::Kind kind) {
+    switch (kind) {
+        case StoreError::Kind::notAStore:
+            return ErrorKind::notAStore;
+        case StoreError::Kind::newerVersion:
+            return ErrorKind::newerVersion;
+        case StoreError::Kind::damaged:
+            return ErrorKind::damaged;
+        case StoreError::Kind::unwritable:
+            return ErrorKind::unwritable;
+        case StoreError::Kind::full:
+            return ErrorKind::full;
+        case StoreError::Kind::busy:
+            return ErrorKind::busy;
+        case StoreError::Kind::unknownSource:
+            return ErrorKind::usage;
+        case StoreError::Kind::other:
+            break;
+    }
+    return ErrorKind::failed;
+}
+
+ErrorKind kindOf(ImportError::Kind kind) {
+    switch (kind) {
+        case ImportError::Kind::notFound:
+            return ErrorKind::fileNotFound;
+        case ImportError::Kind::unreadable:
+            return ErrorKind::unreadable;
+        case ImportError::Kind::damaged:
+            return ErrorKind::truncated;
+        case ImportError::Kind::empty:
+        case ImportError::Kind::notAnExport:
+        case ImportError::Kind::noExportInside:
+        case ImportError::Kind::passwordProtected:
+        case ImportError::Kind::unsupportedEncoding:
+            break;
+    }
+    return ErrorKind::notAnExport;
+}
+
+}  // namespace
+
+CommandError errorOf(const StoreError& error) {
+    return {kindOf(error.kind), error.message};
+}
+
+CommandError errorOf(const DefaultsError& error) {
+    return {ErrorKind::unwritable, error.message};
+}
+
+CommandError errorOf(const ImportError& error) {
+    return {kindOf(error.kind), error.message};
+}
+
+}  // namespace pedvar

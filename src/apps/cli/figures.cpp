@@ -1,0 +1,130 @@
+#include "apps/cli/figures.h"
+
+#include "core/units.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace pedvar {
+namespace {
+
+std::string grouped(std::string_view digits, std::string_view separator) {
+    std::string result;
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        if (i > 0 && (digits.size() - i) % 3 == 0) result += separator;
+        result += digits[i];
+    }
+    return result;
+}
+
+bool hasTwelveHourClock(const Locale& locale, TimeFormat format) {
+    switch (format) {
+        case TimeFormat::twelveHour:
+            return true;
+        case TimeFormat::twentyFourHour:
+            return false;
+        case TimeFormat::system:
+            break;
+    }
+    return locale.usesTwelveHourClock();
+}
+
+}  // namespace
+
+Figures::Figures(const Locale& locale, const UserPreferences& preferences, Texts text)
+    : text_(text),
+      decimalSeparator_(locale.decimalSeparator()),
+      groupingSeparator_(locale.groupingSeparator()),
+      distanceUnit_(preferences.distanceUnit),
+      isTwelveHourClock_(hasTwelveHourClock(locale, preferences.timeFormat)) {}
+
+std::string Figures::number(std::int64_t value) const {
+    const std::string digits = std::to_string(value);
+    if (value < 0) return "-" + grouped(std::string_view(digits).substr(1), groupingSeparator_);
+    return grouped(digits, groupingSeparator_);
+}
+
+std::string Figures::number(double value, int digits) const {
+    constexpr double longest = 1e15;  // beyond it a double has no fraction worth showing
+    if (!(std::abs(value) < longest)) return "–";
+    std::array<char, 32> buffer;
+    const auto end =
+        std::to_chars(buffer.begin(), buffer.end(), std::abs(value), std::chars_format::fixed, digits).ptr;
+    std::string_view text(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
+    if (text.contains('.')) {
+        text = text.substr(0, text.find_last_not_of('0') + 1);
+        if (text.ends_with('.')) text.remove_suffix(1);
+    }
+    const std::size_t point = std::min(text.find('.'), text.size());
+    std::string result = value < 0 && text != "0" ? "-" : "";
+    result += grouped(text.substr(0, point), groupingSeparator_);
+    if (point < text.size()) result.append(decimalSeparator_).append(text.substr(point + 1));
+    return result;
+}
+
+std::string Figures::steps(std::int64_t count) const {
+    return count == 1 ? text_("{} step", number(count)) : text_("{} steps", number(count));
+}
+
+std::string Figures::days(std::int64_t count) const {
+    return count == 1 ? text_("{} day", number(count)) : text_("{} days", number(count));
+}
+
+std::string Figures::distance(double meters) const {
+    if (distanceUnit_ == DistanceUnit::miles) return text_("{} mi", number(meters / metersPerMile, 1));
+    return text_("{} km", number(meters / metersPerKilometer, 1));
+}
+
+std::string Figures::energy(double kilocalories) const {
+    return text_("{} kcal", number(kilocalories, 0));
+}
+
+std::string Figures::minutes(std::int64_t count) const {
+    return text_("{} min", number(count));
+}
+
+std::string Figures::bytes(double count) const {
+    constexpr double megabyte = 1e6;
+    if (count < megabyte) return text_("{} kB", number(count / 1e3, 0));
+    if (count < 1e3 * megabyte) return text_("{} MB", number(count / megabyte, 1));
+    return text_("{} GB", number(count / 1e9, 2));
+}
+
+std::string Figures::longDate(Day day) const {
+    const std::array names{text_("Sunday"),   text_("Monday"), text_("Tuesday"), text_("Wednesday"),
+                           text_("Thursday"), text_("Friday"), text_("Saturday")};
+    return text_("{}, {}", names.at(static_cast<std::size_t>(weekday(day)) - 1), date(day));
+}
+
+std::string Figures::date(Day day) const {
+    const std::chrono::year_month_day parts(day);
+    return text_("{0} {1} {2}", static_cast<unsigned>(parts.day()), monthName(parts.month()),
+                 static_cast<int>(parts.year()));
+}
+
+std::string Figures::weekdayAndDay(Day day) const {
+    const std::array names{text_("Sun"), text_("Mon"), text_("Tue"), text_("Wed"),
+                           text_("Thu"), text_("Fri"), text_("Sat")};
+    const auto number = static_cast<unsigned>(std::chrono::year_month_day(day).day());
+    return text_("{0} {1:2}", names.at(static_cast<std::size_t>(weekday(day)) - 1), number);
+}
+
+std::string Figures::month(std::chrono::year_month month) const {
+    return text_("{0} {1}", monthName(month.month()), static_cast<int>(month.year()));
+}
+
+std::string Figures::hour(int hour) const {
+    if (!isTwelveHourClock_) return std::to_string(hour);
+    const int shown = hour % 12 == 0 ? 12 : hour % 12;
+    return hour < 12 ? text_("{} AM", shown) : text_("{} PM", shown);
+}
+
+std::string Figures::monthName(std::chrono::month month) const {
+    const std::array names{text_("January"),   text_("February"), text_("March"),    text_("April"),
+                           text_("May"),       text_("June"),     text_("July"),     text_("August"),
+                           text_("September"), text_("October"),  text_("November"), text_("December")};
+    return names.at(static_cast<unsigned>(month) - 1);
+}
+
+}  // namespace pedvar

@@ -1,0 +1,43 @@
+/// The health store and the manager that reads it.
+#pragma once
+
+#include "health/health_diagnostics.h"
+#include "health/health_kit_manager.h"
+#include "linux/health/sqlite_health_store.h"
+#include "linux/system/absent_services.h"
+
+#include <filesystem>
+
+namespace pedvar {
+
+/// What the adapters around the health store are built from.
+struct HealthSurroundings {
+    MainExecutor& executor;
+    const Clock& clock;
+    const ZoneRules& zone;
+    SettingsStore& settings;
+    PlatformLog& log;
+};
+
+/// The objects from the store's file up to its manager, in the order in which they need each other.
+class Health {
+public:
+    Health(const HealthSurroundings& surroundings, const std::filesystem::path& file)
+        : database(file),
+          store_(surroundings.executor, database, surroundings.zone),
+          diagnostics_(surroundings.log),
+          manager(surroundings.executor, surroundings.clock, store_, surroundings.settings, diagnostics_,
+                  notifications_) {}
+
+    HealthDatabase database;
+
+private:
+    SqliteHealthStore store_;
+    HealthDiagnostics diagnostics_;
+    NoStepGoalNotifications notifications_;
+
+public:
+    HealthKitManager manager;
+};
+
+}  // namespace pedvar

@@ -1,0 +1,84 @@
+#include "apps/cli/program.h"
+
+#include "apps/cli/application.h"
+#include "apps/cli/command_line.h"
+#include "apps/cli/commands/command.h"
+#include "core/reflection.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+#include <cstdio>
+
+namespace pedvar {
+namespace {
+
+JsonValue errorDocument(const CommandError& error) {
+    return {JsonObject{{"kind", {std::string(caseName(error.kind))}}, {"message", {error.message}}}};
+}
+
+/// False when the text did not reach the file.
+bool write(std::FILE* file, const std::string& text) {
+    return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+}
+
+/// What a screen looks like on the terminal at hand: without blanks at the ends of lines.
+std::string finished(std::string_view screen, int descriptor) {
+    std::string result;
+    for (const char character : screen) {
+        if (character == '\n') result.erase(result.find_last_not_of(' ') + 1);
+        result += character;
+    }
+    return terminalBehind(descriptor, ColorOutput::never).charset == Charset::ascii ? toAscii(result) : result;
+}
+
+void tell(std::string_view message) {
+    write(stderr, finished(fmt::format("pedvar: {}\n", message), STDERR_FILENO));
+}
+
+CommandResult<Report> answer(std::span<const char* const> arguments) {
+    auto line = parseCommandLine(arguments);
+    if (!line) return std::unexpected(line.error());
+    if (const auto* information = std::get_if<Information>(&line->wish)) {
+        if (line->global.format == OutputFormat::screen) return Report{information->text};
+        return Report{JsonObject{{information->key, {information->text}}}};
+    }
+    const Request& request = std::get<Request>(line->wish);
+    const auto application =
+        Application::open(line->global, isWriting(request) ? Access::readWrite : Access::readOnly);
+    if (!application) return std::unexpected(application.error());
+    if (const auto& warning = (*application)->warning()) tell(*warning);
+    const auto problems = (*application)->defaults().problems();
+    if (!problems.empty() && !std::holds_alternative<DoctorRequest>(request)) {
+        return std::unexpected(CommandError{ErrorKind::damaged, problems.front()});
+    }
+    return std::visit([&](const auto& wanted) { return run(wanted, **application); }, request);
+}
+
+std::optional<CommandError> show(const CommandResult<Report>& result, OutputFormat format) {
+    auto problem = result ? result->problem : std::optional(result.error());
+    std::string text;
+    if (format == OutputFormat::json) {
+        JsonObject document;
+        if (result) document = std::get<JsonObject>(result->content);
+        if (problem) document.emplace_back("error", errorDocument(*problem));
+        text = jsonText({std::move(document)}) + "\n";
+    } else if (result) {
+        text = finished(std::get<std::string>(result->content), STDOUT_FILENO);
+    }
+    if (!write(stdout, text) && !problem) {
+        problem = CommandError{ErrorKind::failed, "standard output cannot be written"};
+        tell(problem->message);
+    } else if (problem && format == OutputFormat::screen) {
+        tell(problem->message);
+    }
+    return problem;
+}
+
+}  // namespace
+
+ExitCode runProgram(std::span<const char* const> arguments) {
+    const auto problem = show(answer(arguments), formatOf(arguments));
+    return problem ? exitCodeOf(*problem) : ExitCode::done;
+}
+
+}  // namespace pedvar

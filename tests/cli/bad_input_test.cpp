@@ -1,0 +1,149 @@
+#include "cli/run_pedvar.h"
+#include "cli/sample_data.h"
+#include "linux/system/nlohmann_json_parser.h"
+#include "support/temporary_folder.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace pedvar {
+namespace {
+
+struct BadInput {
+    BadInput() {
+        writeSampleStore(folder / "data");
+        writeFile(folder / "notes.txt", "Nothing to see here.\n");
+    }
+
+    /// Runs twice: standard output has the document that names the kind, or nothing while standard error has
+    /// `words`.
+    void refused(std::vector<std::string> arguments, int exitCode, const std::string& kind,
+                 const std::string& words) {
+        CAPTURE(arguments.front());
+        CAPTURE(words);
+        arguments.insert(arguments.end(), {"--data", data});
+        const Outcome screen = runPedvar(folder.path(), arguments);
+        CHECK(screen.exitCode == exitCode);
+        CHECK(screen.output == "");
+        CHECK_MESSAGE(screen.errors.contains(words), screen.errors);
+        CHECK(std::ranges::count(screen.errors, '\n') == 1);
+
+        arguments.emplace_back("--json");
+        const Outcome document = runPedvar(folder.path(), arguments);
+        CHECK(document.exitCode == exitCode);
+        CHECK(document.errors == "");
+        const auto parsed = NlohmannJsonParser().parse(document.output);
+        REQUIRE(parsed.has_value());
+        const JsonValue* error = parsed->member("error");
+        REQUIRE(error);
+        CHECK(error->member("kind")->value == JsonValue{kind}.value);
+        CHECK(error->member("message")->as<std::string>()->contains(words));
+    }
+
+    /// All files below the folder and what is in them.
+    std::map<std::string, std::string> everything() const {
+        std::map<std::string, std::string> result;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+            result[entry.path().string()] = entry.is_regular_file() ? readFile(entry.path()) : "";
+        }
+        return result;
+    }
+
+    TemporaryFolder folder;
+    std::string data = "data";
+};
+
+TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right, and changes nothing") {
+    const auto before = everything();
+    refused({"walk"}, 2, "usage", "walk");
+    refused({"settings", "colour"}, 2, "usage", "no setting \"colour\"");
+    refused({"settings", "colour", "red"}, 2, "usage", "no setting \"colour\"");
+    refused({"settings", "theme", "purple"}, 2, "usage", "light, dark, system");
+    refused({"settings", "colorOutput", "sometimes"}, 2, "usage", "automatic, always, never");
+    refused({"settings", "hapticFeedbackEnabled", "yes"}, 2, "usage", "true, false");
+    for (const char* share : {"1.01", "-0.1", "nan", "0x1", "", "0,5"}) {
+        refused({"settings", "customStepColorRed", share}, 2, "usage", "from 0 to 1");
+    }
+    for (const char* goal : {"0", "-5", "1000001", "8k", "1e4", "99999999999999999999"}) {
+        refused({"goal", goal}, 2, "usage", "from 1 to 1,000,000");
+    }
+    refused({"day", "2024-02-30"}, 2, "usage", "2024-05-01");
+    refused({"week", "tomorrow"}, 2, "usage", "2024-05-01");
+    refused({"month", "2024-13"}, 2, "usage", "2024-05");
+    refused({"today", "--now", "noon"}, 2, "usage", "2024-05-01T18:30");
+    refused({"sources", "--order", "Nobody"}, 2, "usage", "Nobody");
+    for (const char* writing : {"import", "goal"}) {
+        refused({writing, "9000", "--now", "2024-05-01"}, 2, "usage", "--now");
+    }
+    CHECK(everything() == before);
+}
+
+TEST_CASE_FIXTURE(BadInput, "what is no export fails and leaves the store as it was") {
+    const auto before = everything();
+    refused({"import", "missing.zip"}, 1, "fileNotFound", "missing.zip");
+    refused({"import", "notes.txt"}, 1, "notAnExport", "notes.txt");
+    CHECK(everything() == before);
+}
+
+TEST_CASE_FIXTURE(BadInput, "a truncated export is taken over as far as it goes") {
+    writeFile(folder / "export.xml", sampleExport().substr(0, sampleExport().find("10:00:00")));
+    const Outcome outcome = runPedvar(folder.path(), {"import", "export.xml", "--json", "--data", "new"});
+    CHECK(outcome.exitCode == 1);
+    const auto document = NlohmannJsonParser().parse(outcome.output);
+    REQUIRE(document.has_value());
+    CHECK(document->member("added")->integer() == 2);
+    REQUIRE(document->member("error"));
+    CHECK(document->member("error")->member("kind")->value == JsonValue{"truncated"}.value);
+}
+
+TEST_CASE_FIXTURE(BadInput, "a store that is something else is refused by all and kept") {
+    data = "foreign";
+    std::filesystem::create_directory(folder / "foreign");
+    const std::string letter(5'000, 'x');
+    writeFile(folder / "foreign/health.sqlite", letter);
+    for (const char* command : {"today", "week", "streaks", "sources"}) {
+        refused({command}, 1, "notAStore", "health.sqlite");
+    }
+    refused({"goal", "8000"}, 1, "notAStore", "health.sqlite");
+    CHECK(readFile(folder / "foreign/health.sqlite") == letter);
+    const Outcome doctor = runPedvar(folder.path(), {"doctor", "--data", "foreign"});
+    CHECK(doctor.exitCode == 1);
+    CHECK(doctor.output.contains("health.sqlite"));
+}
+
+TEST_CASE_FIXTURE(BadInput, "a folder that cannot be made is one clear message") {
+    data = "notes.txt/data";
+    refused({"goal", "8000"}, 1, "unwritable", "notes.txt/data");
+    CHECK(readFile(folder / "notes.txt") == "Nothing to see here.\n");
+}
+
+TEST_CASE_FIXTURE(BadInput, "looking creates nothing and changes nothing") {
+    std::filesystem::permissions(folder / "data",
+                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    const auto before = everything();
+    for (const char* place : {"data", "nowhere"}) {
+        for (const std::vector<std::string>& command : std::vector<std::vector<std::string>>{{"today"},
+                                                                                             {"day", "yesterday"},
+                                                                                             {"week"},
+                                                                                             {"month"},
+                                                                                             {"streaks"},
+                                                                                             {"goal"},
+                                                                                             {"settings"},
+                                                                                             {"sources"}}) {
+            std::vector<std::string> arguments{"--data", place};
+            arguments.insert(arguments.end(), command.begin(), command.end());
+            const Outcome outcome = runPedvar(folder.path(), arguments);
+            CHECK(outcome.exitCode == 0);
+            CHECK(outcome.errors == "");
+        }
+    }
+    CHECK(everything() == before);
+    std::filesystem::permissions(folder / "data", std::filesystem::perms::owner_all);
+}
+
+}  // namespace
+}  // namespace pedvar

@@ -1,0 +1,87 @@
+#include "apps/cli/command_line.h"
+
+#include <doctest/doctest.h>
+
+#include <string>
+#include <vector>
+
+namespace pedvar {
+namespace {
+
+CommandResult<CommandLine> parse(const std::vector<const char*>& arguments) {
+    return parseCommandLine(arguments);
+}
+
+template <class Wanted>
+Wanted parsed(const std::vector<const char*>& arguments) {
+    const auto line = parse(arguments);
+    REQUIRE(line.has_value());
+    return std::get<Wanted>(std::get<Request>(line->wish));
+}
+
+TEST_CASE("global options may stand before and behind the command") {
+    for (const auto& arguments : {std::vector{"--data", "d", "--now", "2024-05-01", "--json", "today"},
+                                  std::vector{"today", "--json", "--now=2024-05-01", "--data", "d"},
+                                  std::vector{"--json", "today", "--data=d", "--now", "2024-05-01"}}) {
+        const auto line = parse(arguments);
+        REQUIRE(line.has_value());
+        CHECK(line->global.dataFolder == "d");
+        CHECK(line->global.now == "2024-05-01");
+        CHECK(line->global.format == OutputFormat::json);
+        CHECK(std::holds_alternative<TodayRequest>(std::get<Request>(line->wish)));
+    }
+}
+
+TEST_CASE("arguments reach the request of their command") {
+    CHECK(parsed<ImportRequest>({"import", "a.zip", "--json", "b c"}).paths ==
+          std::vector<std::string>{"a.zip", "b c"});
+    CHECK(parsed<WeekRequest>({"week"}).day == "today");
+    CHECK(parsed<WeekRequest>({"week", "2024-05-01"}).day == "2024-05-01");
+    CHECK(!parsed<MonthRequest>({"month"}).month);
+    CHECK(parsed<SettingsRequest>({"settings", "customStepColorRed", "-0.5"}).value == "-0.5");
+    CHECK(parsed<SourcesRequest>({"sources", "--order", "Watch", "Phone", "--json"}).order ==
+          std::vector<std::string>{"Watch", "Phone"});
+    CHECK(parsed<DoctorRequest>({"doctor", "--rebuild"}).repair == DoctorRequest::Repair::rebuildTotals);
+}
+
+TEST_CASE("whatever is no command or too many or too few arguments is wrong usage") {
+    for (const auto& arguments : {std::vector<const char*>{},
+                                  {"walk"},
+                                  {"--json"},
+                                  {"import"},
+                                  {"day"},
+                                  {"today", "x"},
+                                  {"--now"},
+                                  {"today", "--colour"},
+                                  {"goal", "1", "2"},
+                                  {"today", "week"}}) {
+        const auto line = parse(arguments);
+        REQUIRE(!line.has_value());
+        CHECK(line.error().kind == ErrorKind::usage);
+        CHECK(!line.error().message.empty());
+    }
+}
+
+TEST_CASE("help is of the command that it is asked of") {
+    const auto all = parse({"--help"});
+    const auto one = parse({"day", "--help"});
+    REQUIRE((all.has_value() && one.has_value()));
+    CHECK(std::get<Information>(all->wish).text.contains("streaks"));
+    CHECK(std::get<Information>(one->wish).text.contains("YYYY-MM-DD"));
+    CHECK(!std::get<Information>(one->wish).text.contains("streaks"));
+}
+
+TEST_CASE("commands write only where they are told to change something") {
+    CHECK(isWriting(ImportRequest{}));
+    CHECK(!isWriting(GoalRequest{}));
+    CHECK(isWriting(GoalRequest{"8000"}));
+    CHECK(!isWriting(SettingsRequest{"theme", {}}));
+    CHECK(isWriting(SettingsRequest{"theme", "dark"}));
+    CHECK(!isWriting(SourcesRequest{}));
+    CHECK(isWriting(SourcesRequest{{"Watch"}}));
+    CHECK(!isWriting(DoctorRequest{}));
+    CHECK(isWriting(DoctorRequest{DoctorRequest::Repair::rebuildTotals}));
+}
+
+}  // namespace
+}  // namespace pedvar

@@ -1,0 +1,65 @@
+#include "cli/run_pedvar.h"
+
+#include "core/check.h"
+#include "support/temporary_folder.h"
+
+#include <doctest/doctest.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <ranges>
+
+namespace pedvar {
+namespace {
+
+/// The form in which the system takes lists of texts; they are not changed.
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+    std::vector<char*> result;
+    for (std::string& text : texts) result.push_back(text.data());
+    result.push_back(nullptr);
+    return result;
+}
+
+}  // namespace
+
+Outcome runPedvar(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
+                  const std::vector<std::string>& environment) {
+    const TemporaryFolder scratch;
+    const std::string output = scratch / "output";
+    const std::string errors = scratch / "errors";
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addchdir_np(&files, folder.c_str());
+    posix_spawn_file_actions_addopen(&files, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&files, 1, output.c_str(), O_WRONLY | O_CREAT, 0600);
+    posix_spawn_file_actions_addopen(&files, 2, errors.c_str(), O_WRONLY | O_CREAT, 0600);
+
+    std::vector<std::string> words{PEDVAR_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> variables(environment);
+    for (const char* variable : {"TZ=Europe/Berlin", "LC_ALL=C.UTF-8", "HOME=/nonexistent"}) {
+        variables.emplace_back(variable);  // the first of a name is the one that is found
+    }
+    pid_t process = 0;
+    const int failure =
+        posix_spawn(&process, PEDVAR_PROGRAM, &files, nullptr, pointers(words).data(), pointers(variables).data());
+    posix_spawn_file_actions_destroy(&files);
+    check(failure == 0, "the program cannot be started");
+    int status = 0;
+    check(waitpid(process, &status, 0) == process, "the program cannot be waited for");
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), readFile(output), readFile(errors)};
+}
+
+void checkGolden(const std::string& name, const std::string& text) {
+    const std::filesystem::path file = std::filesystem::path(PEDVAR_GOLDEN) / name;
+    if (std::getenv("PEDVAR_REFRESH_GOLDEN")) {
+        writeFile(file, text);
+        return;
+    }
+    CAPTURE(name);
+    CHECK(text == readFile(file));
+}
+
+}  // namespace pedvar

@@ -1,0 +1,88 @@
+#include "cli/sample_data.h"
+
+#include "core/calendar.h"
+#include "core/check.h"
+#include "linux/health/health_database.h"
+#include "linux/health/sample_writer.h"
+#include "platform/health_store.h"
+
+#include <filesystem>
+
+namespace pedvar {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Milliseconds millisecondsPerHour = 3'600'000;
+
+/// A clock hour of a summer day in Berlin.
+Milliseconds hourOf(Day day, int hour) {
+    const auto utc = LocalTime(day) + std::chrono::hours(hour - 2);
+    return millisecondsOf(dateFromUnix(utc.time_since_epoch().count()));
+}
+
+class SampleStore {
+public:
+    explicit SampleStore(const std::filesystem::path& folder)
+        : database_(folder / "health.sqlite"), writer_(database_) {}
+
+    void add(const SourceDescription& source, const char* type, const char* unit, Day day, int hour,
+             double value) {
+        const auto series = writer_.series(type, unit);
+        const auto number = writer_.source(source);
+        check(series && number, "the sample store cannot be prepared");
+        rows_.push_back({*series, *number, hourOf(day, hour), millisecondsPerHour, value});
+    }
+
+    void finish() {
+        check(writer_.write(rows_, {}).has_value(), "the sample store cannot be written");
+        check(writer_.refreshTotals().has_value(), "the sample store has no totals");
+    }
+
+private:
+    HealthDatabase database_;
+    SampleWriter writer_;
+    std::vector<SampleRow> rows_;
+};
+
+const SourceDescription watch{SourceKind::watch, "Ada’s Watch", "Watch2,4"};
+const SourceDescription phone{SourceKind::phone, "Ada’s Phone", "Phone9,3"};
+
+void addDay(SampleStore& store, Day day, int number) {
+    const bool hasWatch = number % 11 != 10;
+    for (int hour = 8; hour < 18; ++hour) {
+        const double steps = 500 + 170 * ((number + 2) % 5) + 90 * (hour * hour % 7);
+        store.add(phone, HKQuantityTypeIdentifierStepCount, "count", day, hour, steps);
+        store.add(phone, HKQuantityTypeIdentifierDistanceWalkingRunning, "m", day, hour, steps * 0.75);
+        if (hasWatch) store.add(watch, HKQuantityTypeIdentifierStepCount, "count", day, hour, steps + 40);
+    }
+    store.add(phone, HKQuantityTypeIdentifierFlightsClimbed, "count", day, 9, 3 + number % 4);
+    store.add(watch, HKQuantityTypeIdentifierActiveEnergyBurned, "kcal", day, 12, 280 + 10 * number);
+    store.add(watch, HKQuantityTypeIdentifierAppleExerciseTime, "min", day, 12, 20 + number);
+}
+
+std::string stepRecord(const std::string& hour, const std::string& value) {
+    return R"( <Record type="HKQuantityTypeIdentifierStepCount" sourceName="Ada" unit="count")"
+           " startDate=\"2024-05-01 " +
+           hour + ":00:00 +0200\" endDate=\"2024-05-01 " + hour + ":10:00 +0200\" value=\"" + value + "\"/>\n";
+}
+
+}  // namespace
+
+void writeSampleStore(const std::filesystem::path& folder) {
+    SampleStore store(folder);
+    const Day first{2024y / 4 / 8};
+    for (int number = 0; number < 24; ++number) addDay(store, first + std::chrono::days(number), number);
+    store.finish();
+}
+
+std::string sampleExport() {
+    return R"(<?xml version="1.0" encoding="UTF-8"?>
+<HealthData locale="en_GB">
+ <ExportDate value="2024-05-01 18:00:00 +0200"/>
+ <Me HKCharacteristicTypeIdentifierDateOfBirth="1990-06-15"/>
+)" + stepRecord("08", "900") +
+           stepRecord("09", "700") + stepRecord("10", "many") + "</HealthData>\n";
+}
+
+}  // namespace pedvar

@@ -1,0 +1,20 @@
+/// A small history of steps to look at.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace pedvar {
+
+/// The moment from which the tests look: Wednesday evening, 1 May 2024 in Berlin.
+inline constexpr const char* sampleNow = "2024-05-01T18:30";
+
+/// Makes a health store in `folder` with three and a half weeks up to 1 May 2024: a phone, and a watch that counts
+/// the same hours but was left at home on two days.
+void writeSampleStore(const std::filesystem::path& folder);
+
+/// A health export of one day with a record that has no number.
+std::string sampleExport();
+
+}  // namespace pedvar
