@@ -1,0 +1,56 @@
+#include "insights/pace_days.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+namespace pedvar {
+
+namespace {
+
+constexpr std::string_view paceDaysKey = "stepPaceBaselineDays";
+
+// 1970 to 9999: a stored moment outside is the start of no day that calendars know.
+constexpr Interval sensibleDates{dateFromUnix(0), dateFromUnix(253'402'300'800)};
+
+std::optional<std::vector<PaceDay>> storedDays(const DefaultsDomains& defaults, const JsonParser& json) {
+    const auto data = defaults.standard().data(paceDaysKey);
+    const auto document = data ? json.parse(data->bytes).value_or(JsonValue{}) : JsonValue{};
+    return decodeJson<std::vector<PaceDay>>(document);
+}
+
+bool reachesInto(const Interval& day, const Interval& touched) {
+    return day.contains(touched.start) || (touched.start < day.start && day.start < touched.end);
+}
+
+}  // namespace
+
+std::vector<PaceDay> loadPaceDays(const DefaultsDomains& defaults, const JsonParser& json) {
+    return storedDays(defaults, json).value_or(std::vector<PaceDay>());
+}
+
+DefaultsResult savePaceDays(DefaultsDomains& defaults, const JsonParser& json, const std::vector<PaceDay>& days) {
+    auto document = encodeJson(days);
+    if (!document) return {};
+    const UserDefaults& store = defaults.standard();
+    const std::string key(paceDaysKey);
+    std::vector<DefaultsChange> changes{{&store, key, Data{std::move(*document)}}};
+    if (auto old = store.value(key); old && !storedDays(defaults, json)) {
+        changes.push_back({&store, key + ".unreadable", std::move(old)});
+    }
+    return defaults.write(changes);
+}
+
+DefaultsResult forgetPaceDays(DefaultsDomains& defaults, const JsonParser& json, const Calendar& calendar,
+                              std::span<const Interval> touched) {
+    auto days = storedDays(defaults, json);
+    if (!days) return {};
+    const auto forgotten = std::erase_if(*days, [&](const PaceDay& stored) {
+        if (!sensibleDates.contains(stored.date)) return true;
+        const Interval day = calendar.interval(calendar.day(stored.date));
+        return std::ranges::any_of(touched, [&](const Interval& interval) { return reachesInto(day, interval); });
+    });
+    return forgotten == 0 ? DefaultsResult() : savePaceDays(defaults, json, *days);
+}
+
+}  // namespace pedvar
