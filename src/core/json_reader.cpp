@@ -1,6 +1,6 @@
 #include "core/json_reader.h"
 
-#include "core/utf8.h"
+#include "core/json_text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -14,19 +14,6 @@ namespace {
 constexpr int deepestNesting = 64;  // levels of a value that is passed over
 
 bool isDigit(char character) { return '0' <= character && character <= '9'; }
-
-/// How many bytes of a quoted text stand for themselves.
-std::size_t plainLength(std::string_view text) {
-    std::size_t length = 0;
-    while (length < text.size()) {
-        const auto byte = static_cast<unsigned char>(text[length]);
-        if (byte < 0x20 || byte == '"' || byte == '\\') break;
-        const std::size_t character = byte < 0x80 ? 1 : characterLength(text.substr(length));
-        if (character == 0) break;
-        length += character;
-    }
-    return length;
-}
 
 void appendUTF8(std::string& text, std::uint32_t codePoint) {
     const auto append = [&](std::uint32_t byte) { text += static_cast<char>(byte); };
@@ -154,7 +141,12 @@ char JsonReader::peek() {
 }
 
 bool JsonReader::take(char character) {
-    return takeWord({&character, 1});
+    if (!rest_.starts_with(character)) {
+        fail();
+        return false;
+    }
+    rest_.remove_prefix(1);
+    return true;
 }
 
 bool JsonReader::takeWord(std::string_view word) {

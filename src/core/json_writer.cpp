@@ -1,5 +1,6 @@
 #include "core/json_writer.h"
 
+#include "core/json_text.h"
 #include "core/utf8.h"
 
 #include <array>
@@ -15,23 +16,6 @@ void appendNumber(std::string& text, Number value) {
     std::array<char, 32> digits;
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
     text.append(digits.data(), end);
-}
-
-/// Whether an ASCII character stands for itself within quotes.
-bool isPlain(char character) {
-    return character >= 0x20 && character != '"' && character != '\\';
-}
-
-/// How many bytes at the start of `text` stand for themselves within quotes.
-std::size_t plainLength(std::string_view text) {
-    std::size_t length = 0;
-    while (length < text.size()) {
-        const bool isAscii = static_cast<unsigned char>(text[length]) < 0x80;
-        const std::size_t character = isAscii ? isPlain(text[length]) : characterLength(text.substr(length));
-        if (character == 0) break;
-        length += character;
-    }
-    return length;
 }
 
 /// A character that does not stand for itself; a byte that belongs to no character becomes U+FFFD.

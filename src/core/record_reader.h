@@ -23,18 +23,23 @@ std::optional<R> readRecord(JsonReader& json) {
     R record;
     std::bitset<64> isRead;
     json.beginObject();
-    while (const auto name = json.nextName()) {
-        std::size_t index = 0;
+    auto name = json.nextName();
+    while (name) {
+        // Members that stand in the order of the fields are all read in one pass.
         bool isKnown = false;
+        std::size_t index = 0;
         forEachField(record, [&]<class Field>(std::string_view fieldName, Field& field) {
-            if (!isKnown && fieldName == *name) {
+            if (name == fieldName) {
                 isKnown = true;
-                if (auto value = readValue<Field>(json)) field = std::move(*value);
                 isRead.set(index);
+                if (auto value = readValue<Field>(json)) field = std::move(*value);
+                name = json.nextName();
             }
             ++index;
         });
-        if (!isKnown) json.skipValue();
+        if (isKnown) continue;
+        json.skipValue();
+        name = json.nextName();
     }
     std::size_t index = 0;
     forEachField(record, [&]<class Field>(std::string_view, Field&) {

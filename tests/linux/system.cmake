@@ -1,4 +1,3 @@
-find_package(EXPAT REQUIRED)
 
 pedvar_test(system DEPENDS linux core platform LIBRARIES EXPAT::EXPAT sample_export_document SOURCES
     sample_export_test.cpp

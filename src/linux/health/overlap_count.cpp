@@ -8,7 +8,6 @@ void Coverage::add(const std::vector<Span>& ordered) {
     if (ordered.empty()) return;
     merged_.clear();
     const auto append = [this](Span span) {
-        if (span.start == span.end) return;
         if (!merged_.empty() && span.start <= merged_.back().end) {
             merged_.back().end = std::max(merged_.back().end, span.end);
         } else {

@@ -7,6 +7,7 @@
 #include "linux/health/source_order.h"
 #include "linux/health/totals_keeper.h"
 #include "linux/health/workout_table.h"
+#include "linux/system/fault_point.h"
 
 #include <algorithm>
 #include <cmath>
@@ -209,6 +210,7 @@ StoreResult<WriteCounts> SampleWriter::write(std::span<const SampleRow> samples,
             outcome.counts.routesAdded += added.routes;
         }
         transaction.commit();
+        faultPoint("batch written");
         state_->tell(outcome);
         return outcome.counts;
     });
@@ -249,16 +251,19 @@ std::vector<Interval> SampleWriter::touchedDays(std::string_view type) const {
 StoreResult<> SampleWriter::refreshTotals(const std::function<bool(double)>& progress) {
     return state_->attempt([&] {
         TotalsKeeper totals(*state_->connection);
+        faultPoint("before totals");
         const std::int64_t all = totals.staleCount();
         std::int64_t made = 0;
         for (bool goesOn = all > 0; goesOn;) {
             Transaction transaction(*state_->connection, Transaction::Kind::write);
             const auto count = static_cast<std::int64_t>(totals.makeSome(daysPerStep));
             transaction.commit();
+            faultPoint("totals written");
             made += count;
             const double share = static_cast<double>(made) / static_cast<double>(std::max(all, made));
             goesOn = count > 0 && (!progress || progress(share));
         }
+        faultPoint("after totals");
     });
 }
 
