@@ -122,16 +122,17 @@ TEST_CASE_FIXTURE(Activity, "the edges of a day are before 09:00, from 21:00 and
 TEST_CASE_FIXTURE(Activity, "a total is split into what we and what others wrote, and our windows are merged") {
     const HKSource own{1, "Pedvar", true};
     const HKSource phone{2, "Phone", false};
-    const auto add = [&](double steps, Seconds from, const HKSource& source) {
-        store.add(HKQuantityTypeIdentifierStepCount, HKUnit::count(), steps, at(springDay, from), source, 10min);
+    const auto add = [&](double steps, Seconds from, Seconds length, const HKSource& source) {
+        store.add(HKQuantityTypeIdentifierStepCount, HKUnit::count(), steps, at(springDay, from), source, length);
     };
-    add(10, 12h, own);
-    add(20, 12h + 5min, own);
-    add(30, 14h, own);
-    add(500, 12h, phone);
+    add(10, 12h, 10min, own);
+    add(20, 12h + 5min, 10min, own);
+    add(5, 12h + 6min, 1min, own);
+    add(30, 14h, 10min, own);
+    add(500, 12h, 10min, phone);
     const Interval day = calendar.interval(springDay);
     const auto split = time.run(reads.fetchSourceSplit(stepType, HKUnit::count(), day, priority));
-    CHECK(split == SourceSplit{560, 60, 500, {own}, {phone}});
+    CHECK(split == SourceSplit{565, 65, 500, {own}, {phone}});
 
     const auto windows = time.run(reads.ownSampleWindows(stepType, day, split.ownSources, priority));
     CHECK(windows == std::vector<Interval>{{at(springDay, 12h), at(springDay, 12h + 15min)},

@@ -1,0 +1,55 @@
+/// Whole processes: how long a command takes from its start to its end, against the sqlite3 shell with one select.
+///
+/// process_bench PEDVAR FOLDER: FOLDER holds a data folder for each span of years, `short` and `long`.
+#include "bench.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+using namespace pedvar::bench;
+
+namespace {
+
+/// Runs a program to its end with its output thrown away; ends the benchmark when it fails.
+void runProcess(std::vector<std::string> words) {
+    std::vector<char*> arguments;
+    for (auto& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    int status = 0;
+    const bool started = posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) == 0;
+    posix_spawn_file_actions_destroy(&actions);
+    if (!started || waitpid(child, &status, 0) < 0 || status != 0) {
+        std::fprintf(stderr, "process_bench: %s failed\n", words[0].c_str());
+        std::exit(1);
+    }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    if (count != 3) {
+        std::fprintf(stderr, "usage: process_bench PEDVAR FOLDER\n");
+        return 2;
+    }
+    const std::string pedvar = words[1];
+    const std::string shortData = std::string(words[2]) + "/short";
+    const std::string longData = std::string(words[2]) + "/long";
+    const auto times = inTurn(
+        101, {[&] { runProcess({"sqlite3", longData + "/health.sqlite", "select count(*) from sources"}); },
+              [&] { runProcess({pedvar, "--data", longData, "today", "--json"}); },
+              [&] { runProcess({pedvar, "--data", shortData, "today", "--json"}); }});
+    row("`today --json`, ten years of data, against the sqlite3 shell with one select", times[1] / times[0], 1.5,
+        milliseconds(times[1]) + " to " + milliseconds(times[0]));
+    row("`today --json`, ten years against half a year", times[1] / times[2], 1.1,
+        milliseconds(times[1]) + " to " + milliseconds(times[2]));
+}

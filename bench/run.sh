@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Runs the benchmarks of a build and prints one table: run.sh BUILD [NAME...]
+set -euo pipefail
+
+build=$1
+shift
+names=("${@:-}")
+work=$(mktemp -d "${TMPDIR:-/tmp}/pedvar-bench-XXXXXX")
+trap 'rm -rf "$work"' EXIT
+
+wanted() { [[ -z ${names[0]} || " ${names[*]} " == *" $1 "* ]]; }
+note() { printf '%s\n' "$*" >&2; }
+
+echo '| job | ratio | goal | met | measured |'
+echo '|---|---|---|---|---|'
+
+if wanted import; then
+    note 'writing a sample export of five years ...'
+    "$build/tools/sample_export" --dense --days 1826 --end 2024-11-03 --out "$work/import"
+    "$build/bench/import_bench" "$work/import/health_export/export.xml"
+    rm -rf "$work/import"
+fi
+wanted health_store && "$build/bench/health_store_bench"
+if wanted process; then
+    note 'filling data folders of half a year and of ten ...'
+    for span in short:184 long:3652; do
+        "$build/tools/sample_export" --days "${span#*:}" --end "$(date +%F)" --out "$work/${span%:*}-export"
+        "$build/pedvar" --data "$work/${span%:*}" import "$work/${span%:*}-export/health_export" >/dev/null
+        rm -rf "$work/${span%:*}-export"
+    done
+    "$build/bench/process_bench" "$build/pedvar" "$work"
+fi
+wanted gpx && "$build/bench/gpx_bench"
+wanted session && "$build/bench/session_bench"
+exit 0
