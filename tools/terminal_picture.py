@@ -6,7 +6,7 @@ import re
 import sys
 import unicodedata
 
-CELL_WIDTH, CELL_HEIGHT, MARGIN, BAR = 8.4, 18, 16, 30
+CELL_WIDTH, CELL_HEIGHT, MARGIN, BAR = 8.4, 16.3, 16, 30
 BACKGROUND, FOREGROUND = "#1d1f21", "#d6d8d6"
 PALETTE = ["#1d1f21", "#e06c75", "#7fc36e", "#e5c07b", "#61afef", "#c678dd", "#56b6c2", "#d6d8d6",
            "#70757a", "#ff8a8a", "#98e086", "#f4d88f", "#8cc8ff", "#e0a0f0", "#7fd8e4", "#ffffff"]
@@ -66,7 +66,7 @@ def main() -> None:
     print(f'<text x="{total_width / 2:.0f}" y="23" fill="#9a9fa3" text-anchor="middle">{title}</text>')
     style: dict = {}
     for row, line in enumerate(lines):
-        column, y = 0, BAR + MARGIN + row * CELL_HEIGHT + 14
+        column, y = 0, BAR + MARGIN + row * CELL_HEIGHT + 13
         for piece in re.split(r"(\x1b\[[\d;]*m)", line):
             codes = ESCAPE.fullmatch(piece)
             if codes:

@@ -80,7 +80,7 @@ Task<> StepPaceBaselineStore::fetch(ActivityReads& reads, std::vector<Day> missi
 }
 
 void StepPaceBaselineStore::setDays(std::vector<PaceDay> newDays) {
-    std::ranges::stable_sort(newDays, {}, &PaceDay::date);
+    std::ranges::sort(newDays, {}, &PaceDay::date);
     const auto repeated = std::ranges::unique(newDays, {}, &PaceDay::date);
     newDays.erase(repeated.begin(), repeated.end());
     days = std::move(newDays);
