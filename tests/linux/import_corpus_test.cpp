@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
-#include <functional>
 
 using namespace pedvar;
 using nlohmann::json;
@@ -15,29 +14,6 @@ using nlohmann::json;
 namespace {
 
 const std::filesystem::path corpus = PEDVAR_CORPUS;
-
-/// Counts the elements of a document that an expectation counts.
-class Counting : public ExportHandler {
-public:
-    json counts{
-        {"records", json::object()}, {"workouts", json::object()}, {"routes_files", 0}, {"route_locations", 0}};
-    int malformed = 0;
-
-    void startElement(const Tag& tag) override {
-        std::string scratch;
-        const auto count = [&](const char* group, std::string_view attribute) {
-            json& number = counts[group][std::string(valueOf(*tag.find(attribute), scratch))];
-            number = number.is_null() ? 1 : number.get<int>() + 1;
-        };
-        if (tag.name == "Record") count("records", "type");
-        if (tag.name == "Workout") count("workouts", "workoutActivityType");
-        if (tag.name == "FileReference") counts["routes_files"] = counts["routes_files"].get<int>() + 1;
-        if (tag.name == "Location") counts["route_locations"] = counts["route_locations"].get<int>() + 1;
-    }
-    void endElement(std::string_view) override {}
-    void malformedMarkup() override { ++malformed; }
-    bool wantsMore(std::uint64_t) override { return true; }
-};
 
 Gathered interpreted(const ExportDocument& document) {
     Gathered gathered;
@@ -47,35 +23,37 @@ Gathered interpreted(const ExportDocument& document) {
     return gathered;
 }
 
-double stepSum(const Gathered& gathered) {
-    double sum = 0;
-    for (const SampleRow& row : gathered.samples) {
-        const SeriesName& series = gathered.series[static_cast<std::size_t>(row.series)];
-        if (series.type == HKQuantityTypeIdentifierStepCount) sum += row.value;
-    }
-    return sum;
-}
-
 void checkDocument(const ExportDocument& document, const json& expected) {
-    Counting counting;
-    const auto outcome = readExport(**document.open(), counting);
-    REQUIRE(outcome);
-    CHECK(counting.malformed == 0);
-    for (const auto& [name, value] : counting.counts.items()) CHECK(value == expected[name]);
-    // An independent reader that stops at a broken document type has no say in what comes after it.
-    CHECK((outcome->end == ReadOutcome::End::complete) == expected["wellformed"].get<bool>());
-
     const Gathered gathered = interpreted(document);
-    int categories = 0, records = 0, workouts = 0;
-    for (const auto& [type, count] : expected["records"].items()) {
-        records += count.get<int>();
-        if (!type.starts_with("HKQuantityTypeIdentifier")) categories += count.get<int>();
+    json records = json::object(), workouts = json::object();
+    double steps = 0;
+    const auto count = [](json& group, const std::string& name) { group[name] = group.value(name, 0) + 1; };
+    for (const SampleRow& row : gathered.samples) {
+        const std::string& type = gathered.series[static_cast<std::size_t>(row.series)].type;
+        count(records, type);
+        if (type == HKQuantityTypeIdentifierStepCount) steps += row.value;
     }
-    for (const auto& [type, count] : expected["workouts"].items()) workouts += count.get<int>();
-    CHECK(gathered.counts.read == records);
+    std::size_t routes = 0;
+    for (const WorkoutRow& row : gathered.workouts) {
+        count(workouts, row.activityType);
+        routes += row.routes.size();
+    }
+    int categories = 0;
+    for (const auto& [type, number] : expected["records"].items()) {
+        if (type.starts_with("HKQuantityTypeIdentifier")) {
+            CHECK(records.value(type, 0) == number);
+        } else {
+            categories += number.get<int>();
+        }
+    }
     CHECK(gathered.counts.skipped.total() == categories);
-    CHECK(gathered.workouts.size() == static_cast<std::size_t>(workouts));
-    CHECK(stepSum(gathered) == expected["step_sum"].get<double>());
+    CHECK(steps == expected["step_sum"]);
+    CHECK(workouts == expected["workouts"]);
+    // Workouts of some exports name a file twice.
+    CHECK(static_cast<std::int64_t>(routes) + gathered.counts.routesMissing <= expected["routes_files"]);
+    // An independent reader that stops at a broken document type has no say in what comes after it.
+    REQUIRE(gathered.end->outcome);
+    CHECK((gathered.end->outcome->end == ReadOutcome::End::complete) == expected["wellformed"]);
 }
 
 }  // namespace
@@ -114,13 +92,7 @@ TEST_CASE("a collected package has the routes and totals of its workouts") {
         return;
     }
     const Gathered gathered = interpreted(findExports(package)->front());
-    std::size_t routes = 0;
-    for (const WorkoutRow& row : gathered.workouts) {
-        routes += row.routes.size();
-        CAPTURE(row.activityType);
-        CHECK(row.duration <= static_cast<double>(row.end - row.start) / 1000 + 1);
-    }
-    CHECK(routes == 4);
+    CHECK(gathered.counts.routesMissing == 30);
     const auto& half = gathered.workouts[4];  // a half marathon whose ascent only its one part has
     CHECK(half.distance == doctest::Approx(21132.8));
     CHECK(std::ranges::count(half.metadata,

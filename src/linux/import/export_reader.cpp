@@ -4,7 +4,6 @@
 #include "linux/import/text_buffer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,10 +12,10 @@ namespace pedvar {
 
 namespace {
 
-constexpr std::size_t longestTag = 16 * 1024 * 1024;      // bytes; real ones stay below a few thousand
-constexpr std::size_t longestProlog = 1024 * 1024;        // bytes; the document type of an export has ten thousand
-constexpr std::size_t longestOpenPath = 4 * 1024 * 1024;  // bytes of the names of all open elements
-constexpr std::size_t repairDepth = 64;                   // elements that one end tag may close on the way
+constexpr std::size_t longestTag = 16 * 1024 * 1024;  // bytes; real ones stay below a few thousand
+constexpr std::size_t longestProlog = 1024 * 1024;    // bytes; the document type of an export has ten thousand
+constexpr std::size_t longestOpenPath = 1024 * 1024;  // bytes of the names of all open elements
+constexpr std::size_t repairDepth = 64;               // elements that one end tag may close on the way
 
 ImportError noRoot() {
     return {ImportError::Kind::notAnExport, "It has no element <HealthData>, so it is no health export."};
@@ -26,7 +25,6 @@ ImportError noRoot() {
 class OpenElements {
 public:
     bool isEmpty() const { return starts_.empty(); }
-    std::size_t size() const { return starts_.size(); }
     bool hasRoomFor(std::string_view name) const { return names_.size() + name.size() < longestOpenPath; }
     std::string_view innermost() const { return std::string_view(names_).substr(starts_.back()); }
 
@@ -132,12 +130,8 @@ void Reader::readWindow() {
             position = found + awaited_.size();
             awaited_ = {};
         }
-        const void* const markup = std::memchr(text.data() + position, '<', text.size() - position);
-        if (markup == nullptr) {
-            position = text.size();
-            break;
-        }
-        position = static_cast<std::size_t>(static_cast<const char*>(markup) - text.data());
+        position = std::min(text.find('<', position), text.size());
+        if (position == text.size()) break;
         std::size_t length = readMarkup(text.substr(position));
         if (length == 0) {
             if (text.size() - position < longestTag) {

@@ -12,7 +12,9 @@
 #include <cerrno>
 #include <cstring>
 #include <initializer_list>
+#include <memory>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace pedvar {
@@ -50,38 +52,36 @@ std::vector<std::string> sentences(std::initializer_list<std::optional<std::stri
 }
 
 /// The second of two files is attached under this name.
-constexpr std::string_view secondSchema = "second";
+constexpr const char* secondSchema = "second";
 
 /// Pages of 1 KB: most writes change a value or append some hundred bytes, and SQLite writes whole pages, twice.
-void setPageSize(Connection& connection, std::string_view schema) {
+void setPageSize(Connection& connection, const char* schema) {
     connection.run(fmt::format("pragma {}.page_size = 1024", schema));
 }
 
-/// Makes the change of the one or two files; why that was not possible. Leaving early closes the connection, which
-/// undoes all.
-std::optional<std::string> transact(const std::vector<const SqliteDefaultsFile*>& files,
-                                    std::chrono::milliseconds patience, const SqliteDefaults::Change& change) {
-    try {
-        Connection connection(files.front()->path().string(), Connection::Access::write, patience);
-        setPageSize(connection, "main");
-        std::vector<std::string_view> schemas{"main"};
-        if (files.size() > 1) {
-            connection.run(fmt::format("attach ? as {}", secondSchema), files.back()->path().string());
-            setPageSize(connection, secondSchema);
-            schemas.push_back(secondSchema);
-        }
-        Transaction transaction(connection, Transaction::Kind::write);
-        for (const std::string_view schema : schemas) {
-            const auto found = holdsDefaults(connection, schema);
-            if (!found) return found.error();
-            if (!*found) createDefaultsTables(connection, schema);
-        }
-        if (auto reason = change(connection)) return reason;
-        transaction.commit();
-        return std::nullopt;
-    } catch (const SqliteFailure& failure) {
-        return reasonOf(failure);
+std::unique_ptr<Connection> connect(const SqliteDefaultsFile& file, std::chrono::milliseconds patience) {
+    auto connection = std::make_unique<Connection>(file.path().string(), Connection::Access::write, patience);
+    setPageSize(*connection, "main");
+    return connection;
+}
+
+void attach(Connection& connection, const SqliteDefaultsFile& file) {
+    connection.run(fmt::format("attach ? as {}", secondSchema), file.path().string());
+    setPageSize(connection, secondSchema);
+}
+
+/// Makes the change; why that was not possible. Leaving early undoes all.
+std::optional<std::string> transact(Connection& connection, std::initializer_list<const char*> schemas,
+                                    const SqliteDefaults::Change& change) {
+    Transaction transaction(connection, Transaction::Kind::write);
+    for (const char* schema : schemas) {
+        const auto found = holdsDefaults(connection, schema);
+        if (!found) return found.error();
+        if (!*found) createDefaultsTables(connection, schema);
     }
+    if (auto reason = change(connection)) return reason;
+    transaction.commit();
+    return std::nullopt;
 }
 
 std::unexpected<DefaultsError> refused(std::string message) {
@@ -96,6 +96,8 @@ SqliteDefaults::SqliteDefaults(const std::filesystem::path& folder, Access acces
       patience_(patience),
       standard_(folder / "defaults.sqlite", patience),
       shared_(folder / fmt::format("{}.sqlite", appGroupIdentifier), patience) {}
+
+SqliteDefaults::~SqliteDefaults() = default;
 
 const UserDefaults* SqliteDefaults::shared() const {
     return shared_.problem() ? nullptr : &shared_;
@@ -130,14 +132,32 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
     for (const SqliteDefaultsFile* file : files) {
         if (const auto problem = file->problem()) return refused(*problem);
     }
+    std::error_code unknown;
+    if (!std::filesystem::exists(standard_.path(), unknown)) standardWriter_.reset();
     const std::filesystem::path folder = standard_.path().parent_path();
     auto reason = makeFolder(folder);
     for (const SqliteDefaultsFile* file : files) {
         if (!reason) reason = makeFile(file->path());
     }
-    if (!reason) reason = transact(files, patience_, change);
+    if (!reason) reason = transactOver(files, change);
     if (reason) return refused(fmt::format("The settings in {} were not changed: {}.", folder.string(), *reason));
     return {};
+}
+
+std::optional<std::string> SqliteDefaults::transactOver(const Files& files, const Change& change) {
+    try {
+        if (files.size() > 1) {
+            const auto connection = connect(*files.front(), patience_);
+            attach(*connection, *files.back());
+            return transact(*connection, {"main", secondSchema}, change);
+        }
+        if (files.front() != &standard_) return transact(*connect(*files.front(), patience_), {"main"}, change);
+        if (!standardWriter_) standardWriter_ = connect(standard_, patience_);
+        return transact(*standardWriter_, {"main"}, change);
+    } catch (const SqliteFailure& failure) {
+        standardWriter_.reset();
+        return reasonOf(failure);
+    }
 }
 
 std::vector<std::string> SqliteDefaults::problems() const {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +24,7 @@ public:
 
     SqliteDefaults(const std::filesystem::path& folder, Access access,
                    std::chrono::milliseconds patience = std::chrono::seconds(5));
+    ~SqliteDefaults() override;
 
     const UserDefaults& standard() const override { return standard_; }
     const UserDefaults* shared() const override;
@@ -48,11 +50,14 @@ private:
 
     /// One transaction over the one or two files, which are made if need be.
     DefaultsResult change(const Files& files, const Change& change);
+    /// Why the change of existing files was not possible.
+    std::optional<std::string> transactOver(const Files& files, const Change& change);
 
     Access access_;
     std::chrono::milliseconds patience_;
     SqliteDefaultsFile standard_;
     SqliteDefaultsFile shared_;
+    std::unique_ptr<Connection> standardWriter_;  // stays open: most of a small write is opening the file
 };
 
 }  // namespace pedvar
