@@ -119,8 +119,7 @@ DefaultsResult SettingsStore::changePreferences(const UserPreferences& preferenc
 }
 
 int SettingsStore::firstWeekday() const {
-    const bool isStored = storedDocument<JsonObject>(defaults_.standard(), json_, preferencesKey).has_value();
-    return isStored ? weekday(preferences().weekStartsOn) : locale_.firstWeekday();
+    return weekday(preferences().weekStartsOn);  // by default the region's own
 }
 
 Calendar SettingsStore::calendar() const {

@@ -115,7 +115,7 @@ TEST_CASE_FIXTURE(Rendering, "days to come are blank, and each day is judged by 
     for (int i = 0; i < 4; ++i) {
         days.push_back({.id = "", .date = calendar.start(monday + std::chrono::days(i)), .steps = 5'000});
     }
-    const GoalHistory goals({{monday, 4'000}, {monday + std::chrono::days(1), 10'000}}, 10'000);
+    const GoalHistory goals({{monday, 5'000}, {monday + std::chrono::days(1), 10'000}}, 10'000);
     const std::string chart = dayChart(days, goals, calendar, monday + std::chrono::days(2), screen());
     CHECK(chart ==
           "Mon 29     5,000        0 km  ███████████████████████ ✓\n"

@@ -74,7 +74,10 @@ TEST_CASE_FIXTURE(Updates, "refreshes during an update lead to exactly one more"
     manager.refreshed.notify();
     time.settle();
     walk(800, 0);
+    const std::size_t written = trace.size();
     for (int i = 0; i < 5; ++i) manager.refreshed.notify();
+    time.settle();
+    CHECK(trace.size() == written);  // the next update waits for this one
     store.isHolding = false;
     store.answer();
     time.run(updater.finished());
