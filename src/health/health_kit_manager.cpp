@@ -109,7 +109,7 @@ Task<bool> HealthKitManager::computeHealthAccessBlocked() {
     const HKPredicate predicate{from, clock_.now(), HKQueryOptions::strictStartDate};
     const auto samples =
         co_await reads_.fetchSamples(type, predicate, 1, HKSampleSort::none, QueryPriority::normal);
-    if (samples && !samples->empty()) co_return false;
+    if (!samples || !samples->empty()) co_return false;  // what could not be read says nothing
     diagnostics_.log(LogLevel::standard,
                      "HKDiag no step samples in 30 days with authorization already requested - surfacing the "
                      "Health access hint");

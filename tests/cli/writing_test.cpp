@@ -52,7 +52,8 @@ TEST_CASE_FIXTURE(Writing, "importing again adds nothing, exactly the goal is me
         run({"import", "export.xml", "--json"}).output.starts_with("{\"read\":3,\"added\":0,\"alreadyThere\":2,"));
     CHECK(run({"day", "2024-05-01"}).output.contains("1,600 steps"));
     CHECK(run({"goal", "1600"}).exitCode == 0);
-    CHECK(run({"today", "--now", "2024-05-01", "--json"}).output.contains("\"goalMet\":true,\"currentStreak\":1,"));
+    CHECK(
+        run({"today", "--now", "2024-05-01", "--json"}).output.contains("\"goalMet\":true,\"currentStreak\":1,"));
     const SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readOnly);
     const auto metrics = defaults.standard().data("personalMetrics");
     REQUIRE(metrics);

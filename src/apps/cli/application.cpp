@@ -18,6 +18,7 @@ Task<> ending(CancellableTask task) {
 }
 
 Task<> refreshed(HealthKitManager& manager, WidgetUpdater& updater) {
+    co_await manager.ensureAuthorization();
     co_await manager.refreshToday();
     co_await updater.finished();
 }

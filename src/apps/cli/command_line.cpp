@@ -92,6 +92,7 @@ struct Writing {
 
 CommandResult<CommandLine> parseCommandLine(std::span<const char* const> arguments) {
     CommandLine line{.global = {}, .wish = Request{}};
+    line.global.format = formatOf(arguments);  // what stands before it may end the reading
     CLI::App app("Steps, walks and goals from your own data.", "pedvar");
     Request request;
     Grammar grammar{app, request};

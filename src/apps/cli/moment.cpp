@@ -21,12 +21,12 @@ struct Scanner {
     /// Two digits that name a number from 0 to `highest`.
     std::optional<int> twoDigits(int highest) {
         if (rest.size() < 2) return std::nullopt;
-        int value = 0;
+        unsigned value = 0;  // takes no sign
         const char* const end = rest.data() + 2;
         const auto [stop, error] = std::from_chars(rest.data(), end, value);
-        if (error != std::errc{} || stop != end || value < 0 || value > highest) return std::nullopt;
+        if (error != std::errc{} || stop != end || static_cast<int>(value) > highest) return std::nullopt;
         rest.remove_prefix(2);
-        return value;
+        return static_cast<int>(value);
     }
 
     /// ".25"; 0 when there is none.

@@ -27,25 +27,30 @@ ImportReport readExports(const ImportRequest& request, Health& health, const App
     return HealthImporter(writer).run(paths, showProgress, stop.get_token());
 }
 
-/// In full years.
+constexpr std::int64_t highestAge = 130;  // years; nobody has lived longer
+
+/// In full years; none for a birthday that nobody alive can have.
 std::optional<std::int64_t> ageOn(Day today, std::optional<std::chrono::year_month_day> birth) {
     if (!birth) return std::nullopt;
     const std::chrono::year_month_day day(today);
     const bool isBeforeBirthday = std::pair(day.month(), day.day()) < std::pair(birth->month(), birth->day());
-    return static_cast<int>(day.year()) - static_cast<int>(birth->year()) - (isBeforeBirthday ? 1 : 0);
+    const std::int64_t age =
+        static_cast<int>(day.year()) - static_cast<int>(birth->year()) - (isBeforeBirthday ? 1 : 0);
+    return 0 <= age && age <= highestAge ? std::optional(age) : std::nullopt;
 }
 
 /// Brings what is kept beside the health store in line with it.
 CommandResult<void> follow(const ImportReport& report, Application& application) {
     SettingsStore& settings = application.settings();
+    const auto forgotten = commandResult(
+        forgetPaceDays(application.defaults(), application.json(), settings.calendar(), report.touchedStepDays));
+    if (!forgotten) return forgotten;
     const ExportedPerson& person = report.person;
     if (const auto age = ageOn(application.today(), person.dateOfBirth); age || person.sex) {
         const auto adopted = commandResult(settings.adoptCharacteristics(age, person.sex));
         if (!adopted) return adopted;
     }
-    const auto forgotten = commandResult(
-        forgetPaceDays(application.defaults(), application.json(), settings.calendar(), report.touchedStepDays));
-    return forgotten ? application.refresh() : forgotten;
+    return application.refresh();
 }
 
 /// Why the import ends with failure, the gravest first.
@@ -69,7 +74,7 @@ CommandResult<Report> run(const ImportRequest& request, Application& application
     if (!health) return std::unexpected(health.error());
     const ImportReport report = readExports(request, **health, application);
     auto problem = problemOf(report, application.text());
-    if (report.counts.read > 0) {
+    if (report.counts.read > 0 || report.person.dateOfBirth || report.person.sex) {
         const auto followed = follow(report, application);
         if (!followed && !problem) problem = followed.error();
     }
