@@ -1,7 +1,7 @@
 /// Measuring as ratios within one run.
 ///
-/// A time on one machine says little; a ratio to a peer or to a floor, measured in turn in the same run, says what the
-/// code is worth.
+/// A time on one machine says little; a ratio to a peer or to a floor, measured in turn in the same run, says what
+/// the code is worth.
 #pragma once
 
 #include <algorithm>

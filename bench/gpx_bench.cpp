@@ -1,4 +1,5 @@
-/// GPX documents: reading against Expat with empty handlers, writing against the shortest digits of the coordinates.
+/// GPX documents: reading against Expat with empty handlers, writing against the shortest digits of the
+/// coordinates.
 #include "bench.h"
 #include "core/geodesy.h"
 #include "linux/xml/expat_parser.h"
@@ -48,7 +49,8 @@ std::string withExtensions(std::string document) {
     constexpr std::string_view end = "      </trkpt>\n";
     constexpr std::string_view extensions =
         "        <extensions>\n          <gpxtpx:TrackPointExtension>\n            <gpxtpx:hr>121</gpxtpx:hr>\n"
-        "            <gpxtpx:cad>84</gpxtpx:cad>\n          </gpxtpx:TrackPointExtension>\n        </extensions>\n";
+        "            <gpxtpx:cad>84</gpxtpx:cad>\n          </gpxtpx:TrackPointExtension>\n        "
+        "</extensions>\n";
     std::string result;
     std::size_t from = 0;
     for (std::size_t at = document.find(end); at != std::string::npos; at = document.find(end, from)) {
@@ -60,8 +62,7 @@ std::string withExtensions(std::string document) {
 
 void readBare(const std::string& document) {
     XML_Parser parser = XML_ParserCreate(nullptr);
-    XML_SetElementHandler(
-        parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+    XML_SetElementHandler(parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
     XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
     const auto status = XML_Parse(parser, document.data(), static_cast<int>(document.size()), XML_TRUE);
     XML_ParserFree(parser);
@@ -69,7 +70,7 @@ void readBare(const std::string& document) {
 }
 
 GPXDocument read(const std::string& document) {
-    auto result = GPXXMLParser(sourceOf(document), start).parse(ExpatParser());
+    auto result = GPXXMLParser(sourceOf(document), start, document.size()).parse(ExpatParser());
     if (!result || result->segments.at(0).points.size() != pointCount) std::abort();
     return std::move(*result);
 }
@@ -111,24 +112,24 @@ int main() {
     for (const auto& location : locations) {
         positions.push_back(*earthPosition(location.latitude, location.longitude));
     }
-    const auto times = inTurn(11, {[&] { readBare(usual); }, [&] { keep(read(usual)); }, [&] { readBare(extended); },
-                                   [&] { keep(read(extended)); }, [&] { writeCoordinates(locations); },
-                                   [&] { writeAll(locations); },
-                                   [&] {
-                                       double sum = 0;
-                                       for (std::size_t i = 1; i < locations.size(); ++i) {
-                                           sum += haversine(locations[i - 1], locations[i]);
-                                       }
-                                       keep(sum);
-                                   },
-                                   [&] {
-                                       double sum = 0;
-                                       for (std::size_t i = 1; i < positions.size(); ++i) {
-                                           sum += distance(positions[i - 1], positions[i]);
-                                       }
-                                       keep(sum);
-                                   },
-                                   [&] { keep(summaryOf(document)); }});
+    const auto times = inTurn(
+        11, {[&] { readBare(usual); }, [&] { keep(read(usual)); }, [&] { readBare(extended); },
+             [&] { keep(read(extended)); }, [&] { writeCoordinates(locations); }, [&] { writeAll(locations); },
+             [&] {
+                 double sum = 0;
+                 for (std::size_t i = 1; i < locations.size(); ++i) {
+                     sum += haversine(locations[i - 1], locations[i]);
+                 }
+                 keep(sum);
+             },
+             [&] {
+                 double sum = 0;
+                 for (std::size_t i = 1; i < positions.size(); ++i) {
+                     sum += distance(positions[i - 1], positions[i]);
+                 }
+                 keep(sum);
+             },
+             [&] { keep(summaryOf(document)); }});
     const auto against = [&](std::size_t ours, std::size_t floor) {
         return milliseconds(times[ours]) + " to " + milliseconds(times[floor]);
     };

@@ -30,8 +30,7 @@ namespace {
 void parseBare(const fs::path& document) {
     std::ifstream file(document, std::ios::binary);
     XML_Parser parser = XML_ParserCreate(nullptr);
-    XML_SetElementHandler(
-        parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+    XML_SetElementHandler(parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
     constexpr int window = 1 << 18;
     bool isLast = false;
     while (!isLast) {
@@ -54,7 +53,9 @@ ImportReport import(const fs::path& document, const fs::path& store) {
     return report;
 }
 
-double megabytes(std::uintmax_t bytes) { return static_cast<double>(bytes) / 1e6; }
+double megabytes(std::uintmax_t bytes) {
+    return static_cast<double>(bytes) / 1e6;
+}
 
 std::string sized(const char* format, double value) {
     char text[64];
@@ -92,7 +93,8 @@ int main(int count, char** words) {
         milliseconds(times[1]) + " to " + milliseconds(times[0]) + sized(", %.0f MB", size));
     row("importing again against the first time", times[2] / times[1], 1.0,
         milliseconds(times[2]) + " to " + milliseconds(times[1]));
-    row("bytes on disk a record, of 48", static_cast<double>(fs::file_size(store)) / static_cast<double>(added) / 48, 1,
+    row("bytes on disk a record, of 48",
+        static_cast<double>(fs::file_size(store)) / static_cast<double>(added) / 48, 1,
         sized("%.1f bytes", static_cast<double>(fs::file_size(store)) / static_cast<double>(added)));
     row("peak memory, of 100 MiB", static_cast<double>(usage.ru_maxrss) / 102'400, 1,
         sized("%.0f MiB", static_cast<double>(usage.ru_maxrss) / 1024));

@@ -1,8 +1,8 @@
 /// Checkpoints and the history of sessions: what they write, and whether it stays the same as they grow.
 ///
-/// session_bench [FOLDER]: FOLDER has room for 2 GB. Without one it takes memory where that has the room, as the disk is
-/// not what is measured. It calls itself as `session_bench --start DATA` to measure how long a process takes that loads
-/// the history of DATA.
+/// session_bench [FOLDER]: FOLDER has room for 2 GB. Without one it takes memory where that has the room, as the
+/// disk is not what is measured. It calls itself as `session_bench --start DATA` to measure how long a process
+/// takes that loads the history of DATA.
 #include "bench.h"
 #include "linux/system/sqlite_document_parts.h"
 #include "linux/system/system_random.h"
@@ -88,7 +88,8 @@ struct Ride {
     }
 
     void add(int points) {
-        for (int i = 0; i < points; ++i) state.routePoints.push_back(fix(static_cast<int>(state.routePoints.size())));
+        for (int i = 0; i < points; ++i)
+            state.routePoints.push_back(fix(static_cast<int>(state.routePoints.size())));
         const auto seconds = static_cast<double>(state.routePoints.size());
         state.session.distance = state.currentDistance = state.totalDistance = seconds * 4.123456789;
         state.session.duration = state.currentDuration = state.elapsedTime = seconds + 0.123456;

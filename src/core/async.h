@@ -54,8 +54,8 @@ class PromiseBase {
 public:
     TaskContext context;
 
-    /// Starts the coroutine on behalf of `parent`. False when it ran to its end, so that the parent goes on without
-    /// growing the stack, however many tasks it awaits in a row.
+    /// Starts the coroutine on behalf of `parent`. False when it ran to its end, so that the parent goes on
+    /// without growing the stack, however many tasks it awaits in a row.
     bool start(std::coroutine_handle<> self, std::coroutine_handle<> parent) {
         isStarting_ = true;
         self.resume();

@@ -8,11 +8,11 @@ namespace pedvar {
 
 namespace {
 
-constexpr double equatorialRadius = 6'378'137;                                 // metres
+constexpr double equatorialRadius = 6'378'137;  // metres
 constexpr double flattening = 1 / 298.257223563;
-constexpr double polarRadius = equatorialRadius * (1 - flattening);            // metres
+constexpr double polarRadius = equatorialRadius * (1 - flattening);  // metres
 constexpr double eccentricitySquared = flattening * (2 - flattening);
-constexpr double meanRadius = 6'371'008.8;                                     // metres
+constexpr double meanRadius = 6'371'008.8;  // metres
 constexpr double equatorialCurvature = 1 / (equatorialRadius * equatorialRadius);
 constexpr double polarCurvature = 1 / (polarRadius * polarRadius);
 

@@ -13,7 +13,9 @@ namespace {
 
 constexpr int deepestNesting = 64;  // levels of a value that is passed over
 
-bool isDigit(char character) { return '0' <= character && character <= '9'; }
+bool isDigit(char character) {
+    return '0' <= character && character <= '9';
+}
 
 void appendUTF8(std::string& text, std::uint32_t codePoint) {
     const auto append = [&](std::uint32_t byte) { text += static_cast<char>(byte); };
@@ -49,9 +51,13 @@ std::optional<std::string_view> JsonReader::nextName() {
     return take(':') ? name : std::nullopt;
 }
 
-bool JsonReader::nextElement() { return enterNext(']'); }
+bool JsonReader::nextElement() {
+    return enterNext(']');
+}
 
-bool JsonReader::readNull() { return peek() == 'n' && takeWord("null"); }
+bool JsonReader::readNull() {
+    return peek() == 'n' && takeWord("null");
+}
 
 std::optional<bool> JsonReader::readBool() {
     const bool value = peek() == 't';
@@ -213,8 +219,8 @@ bool JsonReader::appendEscaped() {
 
 std::optional<std::uint32_t> JsonReader::takeHexDigits() {
     std::uint32_t value = 0;
-    const auto [end, error] = std::from_chars(rest_.data(), rest_.data() + std::min<std::size_t>(rest_.size(), 4),
-                                              value, 16);
+    const auto [end, error] =
+        std::from_chars(rest_.data(), rest_.data() + std::min<std::size_t>(rest_.size(), 4), value, 16);
     if (error != std::errc() || end != rest_.data() + 4) {
         fail();
         return std::nullopt;
@@ -234,11 +240,19 @@ void JsonReader::skipNested(int depth) {
             beginArray();
             while (nextElement()) skipNested(depth - 1);
             return;
-        case '"': readText(); return;
+        case '"':
+            readText();
+            return;
         case 't':
-        case 'f': readBool(); return;
-        case 'n': readNull(); return;
-        default: readNumber(); return;
+        case 'f':
+            readBool();
+            return;
+        case 'n':
+            readNull();
+            return;
+        default:
+            readNumber();
+            return;
     }
 }
 

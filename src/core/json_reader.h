@@ -21,8 +21,8 @@ public:
 
     /// Enters the object that stands next; its members follow.
     void beginObject() { begin('{'); }
-    /// The name of the next member, whose value stands next then; none behind the last one, where the object is left.
-    /// Valid until the next text is read.
+    /// The name of the next member, whose value stands next then; none behind the last one, where the object is
+    /// left. Valid until the next text is read.
     std::optional<std::string_view> nextName();
 
     /// Enters the array that stands next; its elements follow.

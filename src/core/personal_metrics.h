@@ -11,7 +11,7 @@ namespace pedvar {
 enum class Gender { male, female, other };
 enum class DataSource { healthKit, manual };
 
-inline constexpr std::int64_t defaultDailyGoal = 10'000;   // steps
+inline constexpr std::int64_t defaultDailyGoal = 10'000;     // steps
 inline constexpr std::int64_t highestDailyGoal = 1'000'000;  // steps; keeps seven times a goal far from overflow
 
 /// A goal that a person can have; anything else is refused where it enters and ignored where it is read.
@@ -20,7 +20,7 @@ constexpr bool isValidDailyGoal(std::int64_t goal) {
 }
 
 struct PersonalMetrics {
-    std::optional<std::int64_t> age;     // years
+    std::optional<std::int64_t> age;  // years
     std::optional<Gender> gender;
     std::optional<double> targetWeight;  // kilograms
     std::int64_t dailyStepGoal = defaultDailyGoal;
@@ -28,10 +28,9 @@ struct PersonalMetrics {
     DataSource ageSource = DataSource::manual;
     DataSource genderSource = DataSource::manual;
 
-    using Fields =
-        FieldList<&PersonalMetrics::age, &PersonalMetrics::gender, &PersonalMetrics::targetWeight,
-                  &PersonalMetrics::dailyStepGoal, &PersonalMetrics::weeklyStepGoal, &PersonalMetrics::ageSource,
-                  &PersonalMetrics::genderSource>;
+    using Fields = FieldList<&PersonalMetrics::age, &PersonalMetrics::gender, &PersonalMetrics::targetWeight,
+                             &PersonalMetrics::dailyStepGoal, &PersonalMetrics::weeklyStepGoal,
+                             &PersonalMetrics::ageSource, &PersonalMetrics::genderSource>;
     bool operator==(const PersonalMetrics&) const = default;
 };
 static_assert(isComplete<PersonalMetrics>);

@@ -103,8 +103,8 @@ std::optional<T> readValue(JsonReader& json) {
 
 }  // namespace detail
 
-/// Reads what `encodeJson` wrote, by the rules of `decodeJson`, out of a whole document: none also when it is no JSON.
-/// Lists are whatever has `push_back`.
+/// Reads what `encodeJson` wrote, by the rules of `decodeJson`, out of a whole document: none also when it is no
+/// JSON. Lists are whatever has `push_back`.
 template <class T>
 std::optional<T> readJson(std::string_view document) {
     JsonReader json(document);

@@ -60,11 +60,16 @@ std::size_t daysBetween(Day first, Day end) {
 
 ActivityQuantity quantityOf(ActivityMetric metric) {
     switch (metric) {
-        case ActivityMetric::steps: return stepCount();
-        case ActivityMetric::distance: return distanceOnFoot();
-        case ActivityMetric::calories: return activeEnergy();
-        case ActivityMetric::activeMinutes: return exerciseTime();
-        case ActivityMetric::flights: break;
+        case ActivityMetric::steps:
+            return stepCount();
+        case ActivityMetric::distance:
+            return distanceOnFoot();
+        case ActivityMetric::calories:
+            return activeEnergy();
+        case ActivityMetric::activeMinutes:
+            return exerciseTime();
+        case ActivityMetric::flights:
+            break;
     }
     return flightsClimbed();
 }

@@ -82,8 +82,8 @@ public:
 private:
     Task<double> fetchSum(ActivityQuantity quantity, Date from, Date to, QueryPriority priority);
     Task<std::int64_t> fetchCount(ActivityQuantity quantity, Date from, Date to, QueryPriority priority);
-    Task<std::optional<DayTotals>> fetchDayTotals(ActivityQuantity quantity, Day first, Day last, Calendar calendar,
-                                                  QueryPriority priority);
+    Task<std::optional<DayTotals>> fetchDayTotals(ActivityQuantity quantity, Day first, Day last,
+                                                  Calendar calendar, QueryPriority priority);
     /// By day, from the one that holds `from` on.
     Task<std::optional<std::vector<HourTotals>>> fetchHourTotals(HKQuantityType type, HKUnit unit, Date from,
                                                                  Date to, Calendar calendar,

@@ -9,7 +9,7 @@ namespace pedvar {
 
 namespace {
 
-constexpr char edge = '\x1a';      // SUBSTITUTE, on both sides of a hole
+constexpr char edge = '\x1a';       // SUBSTITUTE, on both sides of a hole
 constexpr char separator = '\x1f';  // UNIT SEPARATOR, between the list and the count
 
 Hole holeIn(std::string_view text) {
@@ -48,7 +48,9 @@ void appendFilled(std::string& document, std::string_view text, const ListReader
 
 }  // namespace
 
-std::string Hole::text() const { return edge + list + separator + std::to_string(count) + edge; }
+std::string Hole::text() const {
+    return edge + list + separator + std::to_string(count) + edge;
+}
 
 TextAroundHoles takeHolesOut(std::string_view text) {
     TextAroundHoles around;

@@ -7,8 +7,8 @@
 ///     list "route 7"         {"x":1},{"x":2}     {"x":3}
 ///
 /// Whoever reads the key "walks" sees one JSON document: each hole is filled with the texts of its list, joined by
-/// commas. Whoever writes adds texts to lists, which costs what the texts cost, however long the document is; and who
-/// needs only a part reads that list.
+/// commas. Whoever writes adds texts to lists, which costs what the texts cost, however long the document is; and
+/// who needs only a part reads that list.
 #pragma once
 
 #include "platform/user_defaults.h"
@@ -26,8 +26,8 @@ namespace pedvar {
 /// The place of a list within a text.
 struct Hole {
     std::string list;
-    /// How many elements the texts of the list hold together, for those who read only what is around the hole; 0 when
-    /// nobody asks.
+    /// How many elements the texts of the list hold together, for those who read only what is around the hole; 0
+    /// when nobody asks.
     std::int64_t count = 0;
     bool operator==(const Hole&) const = default;
 
@@ -52,8 +52,8 @@ struct Part {
 /// Answers with the texts of a list in order; a list that does not exist is empty.
 using ListReader = std::function<std::vector<Part>(std::string_view list)>;
 
-/// The whole document: `frame` with its holes filled, and the holes in the texts that fill them. Deeper holes than those
-/// are left empty.
+/// The whole document: `frame` with its holes filled, and the holes in the texts that fill them. Deeper holes than
+/// those are left empty.
 std::string wholeDocument(std::string_view frame, const ListReader& list);
 
 /// Sets the frame under a key, or removes it when there is none. Lists stay. What stood under the key is gone.
@@ -92,8 +92,8 @@ public:
     virtual std::optional<std::string> frame(std::string_view key) const = 0;
     virtual std::vector<Part> list(std::string_view name) const = 0;
 
-    /// Makes all changes in this order, or none: then, too, when a text to be replaced is another one by now, or one
-    /// stands already where one is to be added.
+    /// Makes all changes in this order, or none: then, too, when a text to be replaced is another one by now, or
+    /// one stands already where one is to be added.
     virtual DefaultsResult write(const std::vector<PartsChange>& changes) = 0;
 };
 

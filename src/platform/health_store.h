@@ -27,8 +27,10 @@ inline constexpr const char* HKQuantityTypeIdentifierDistanceWalkingRunning =
 inline constexpr const char* HKQuantityTypeIdentifierDistanceCycling = "HKQuantityTypeIdentifierDistanceCycling";
 inline constexpr const char* HKQuantityTypeIdentifierActiveEnergyBurned =
     "HKQuantityTypeIdentifierActiveEnergyBurned";
-inline constexpr const char* HKQuantityTypeIdentifierBasalEnergyBurned = "HKQuantityTypeIdentifierBasalEnergyBurned";
-inline constexpr const char* HKQuantityTypeIdentifierAppleExerciseTime = "HKQuantityTypeIdentifierAppleExerciseTime";
+inline constexpr const char* HKQuantityTypeIdentifierBasalEnergyBurned =
+    "HKQuantityTypeIdentifierBasalEnergyBurned";
+inline constexpr const char* HKQuantityTypeIdentifierAppleExerciseTime =
+    "HKQuantityTypeIdentifierAppleExerciseTime";
 inline constexpr const char* HKQuantityTypeIdentifierFlightsClimbed = "HKQuantityTypeIdentifierFlightsClimbed";
 inline constexpr const char* HKQuantityTypeIdentifierHeartRate = "HKQuantityTypeIdentifierHeartRate";
 inline constexpr const char* HKQuantityTypeIdentifierBodyMass = "HKQuantityTypeIdentifierBodyMass";
@@ -39,7 +41,7 @@ inline constexpr const char* HKQuantityTypeIdentifierDietaryWater = "HKQuantityT
 struct HKSource {
     std::int64_t id = 0;  // of this store
     std::string name;
-    bool isOwn = false;   // written by Pedvar
+    bool isOwn = false;  // written by Pedvar
     bool operator==(const HKSource&) const = default;
 };
 
@@ -129,8 +131,9 @@ struct DateComponents {
     bool operator==(const DateComponents&) const = default;
 };
 
-/// Sums of consecutive intervals of the zone's clock from the anchor on, as many as it takes to reach the predicate's
-/// end; empty ones included. An hour that the clocks skip is an empty interval, one that they show twice is one.
+/// Sums of consecutive intervals of the zone's clock from the anchor on, as many as it takes to reach the
+/// predicate's end; empty ones included. An hour that the clocks skip is an empty interval, one that they show
+/// twice is one.
 struct HKStatisticsCollectionQuery {
     HKQuantityType quantityType;
     HKPredicate quantitySamplePredicate;
@@ -161,9 +164,9 @@ struct HKTypeSets {
 /// Answers once to each question, from any thread.
 ///
 /// Sums of cumulative quantities count once where sources overlap in time: a sample counts with the share of its
-/// duration that no source of higher priority covers, an instant whole unless such a source covers it, and all of it
-/// in the interval that holds its start. Samples longer than four hours rank last; they count in intervals of whole
-/// days and in no shorter ones.
+/// duration that no source of higher priority covers, an instant whole unless such a source covers it, and all of
+/// it in the interval that holds its start. Samples longer than four hours rank last; they count in intervals of
+/// whole days and in no shorter ones.
 class HKHealthStore {
 public:
     virtual ~HKHealthStore() = default;

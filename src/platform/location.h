@@ -5,12 +5,12 @@
 
 namespace pedvar {
 
-/// One fix of a receiver. What the receiver does not know is negative: accuracies, speed and course; the altitude means
-/// nothing while its accuracy is negative.
+/// One fix of a receiver. What the receiver does not know is negative: accuracies, speed and course; the altitude
+/// means nothing while its accuracy is negative.
 struct CLLocation {
-    double latitude = 0;   // degrees, WGS84
-    double longitude = 0;  // degrees
-    double altitude = 0;   // metres above sea level
+    double latitude = 0;             // degrees, WGS84
+    double longitude = 0;            // degrees
+    double altitude = 0;             // metres above sea level
     double horizontalAccuracy = -1;  // metres, 68 % of fixes are that near
     double verticalAccuracy = -1;    // metres
     double course = -1;              // degrees from north

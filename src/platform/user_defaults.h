@@ -30,8 +30,8 @@ public:
 
     virtual std::optional<DefaultsValue> value(std::string_view key) const = 0;
 
-    /// The value under `key` when it is of the asked type; an integer is also read from a double without fraction, a
-    /// double also from an integer.
+    /// The value under `key` when it is of the asked type; an integer is also read from a double without fraction,
+    /// a double also from an integer.
     std::optional<std::int64_t> integer(std::string_view key) const;
     std::optional<double> real(std::string_view key) const;
     std::optional<std::string> text(std::string_view key) const;

@@ -26,18 +26,17 @@ struct ActivitySession {
     std::optional<double> elevationGain;  // metres
     std::optional<double> elevationLoss;  // metres
 
-    using Fields =
-        FieldList<&ActivitySession::id, &ActivitySession::activityType, &ActivitySession::startTime,
-                  &ActivitySession::endTime, &ActivitySession::isActive, &ActivitySession::steps,
-                  &ActivitySession::distance, &ActivitySession::duration, &ActivitySession::calories,
-                  &ActivitySession::averagePace, &ActivitySession::route, &ActivitySession::elevationGain,
-                  &ActivitySession::elevationLoss>;
+    using Fields = FieldList<&ActivitySession::id, &ActivitySession::activityType, &ActivitySession::startTime,
+                             &ActivitySession::endTime, &ActivitySession::isActive, &ActivitySession::steps,
+                             &ActivitySession::distance, &ActivitySession::duration, &ActivitySession::calories,
+                             &ActivitySession::averagePace, &ActivitySession::route,
+                             &ActivitySession::elevationGain, &ActivitySession::elevationLoss>;
     bool operator==(const ActivitySession&) const = default;
 };
 static_assert(isComplete<ActivitySession>);
 
-/// Minutes per kilometre of `duration` seconds over `distance` metres; none without distance, or where it is so short
-/// that there is no such number.
+/// Minutes per kilometre of `duration` seconds over `distance` metres; none without distance, or where it is so
+/// short that there is no such number.
 std::optional<double> averagePace(double duration, double distance);
 
 }  // namespace pedvar

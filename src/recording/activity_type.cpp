@@ -25,8 +25,14 @@ static_assert(std::size(traits) == caseNames<ActivityType>.size());
 
 }  // namespace
 
-std::string_view displayName(ActivityType type) { return traits[caseIndex(type)].displayName; }
-std::string_view symbolName(ActivityType type) { return traits[caseIndex(type)].symbolName; }
-int calorieFactor(ActivityType type) { return traits[caseIndex(type)].calorieFactor; }
+std::string_view displayName(ActivityType type) {
+    return traits[caseIndex(type)].displayName;
+}
+std::string_view symbolName(ActivityType type) {
+    return traits[caseIndex(type)].symbolName;
+}
+int calorieFactor(ActivityType type) {
+    return traits[caseIndex(type)].calorieFactor;
+}
 
 }  // namespace pedvar

@@ -15,16 +15,17 @@ inline constexpr Seconds maxRecoveryAge{43'200};  // twelve hours
 
 enum class CheckpointTiming { whenDue, forced };
 
-/// Keeps the checkpoint of the running recording and ends it by moving the session to the history. A checkpoint writes
-/// the points that are new since the last one, once. Lives on the main executor, as the only one that records for this
-/// person.
+/// Keeps the checkpoint of the running recording and ends it by moving the session to the history. A checkpoint
+/// writes the points that are new since the last one, once. Lives on the main executor, as the only one that
+/// records for this person.
 class CheckpointStore {
 public:
     /// Keeps the references.
-    CheckpointStore(DocumentParts& documents, SessionHistory& history) : documents_(documents), history_(history) {}
+    CheckpointStore(DocumentParts& documents, SessionHistory& history)
+        : documents_(documents), history_(history) {}
 
-    /// Writes the checkpoint; unless it is forced, only when the last one is 5 seconds old or the clock has been set
-    /// back meanwhile.
+    /// Writes the checkpoint; unless it is forced, only when the last one is 5 seconds old or the clock has been
+    /// set back meanwhile.
     DefaultsResult save(const InProgressState& state, CheckpointTiming timing);
 
     /// Removes the checkpoint and its route.
@@ -32,16 +33,17 @@ public:
 
     /// To be called once, before anything is saved. Yields the recording that is to go on, in the state of its
     /// checkpoint; points of its route that cannot be read are missing. A checkpoint that is older than
-    /// `maxRecoveryAge` becomes a finished session, and one of no use is removed; then there is nothing to go on with.
+    /// `maxRecoveryAge` becomes a finished session, and one of no use is removed; then there is nothing to go on
+    /// with.
     std::expected<std::optional<InProgressState>, DefaultsError> restore(Date now);
 
-    /// In one transaction: adds the session to the history, notes that its workout is still to be written to the health
-    /// store, and removes the checkpoint. When that fails, everything is as before.
+    /// In one transaction: adds the session to the history, notes that its workout is still to be written to the
+    /// health store, and removes the checkpoint. When that fails, everything is as before.
     DefaultsResult finish(const ActivitySession& session);
 
 private:
-    /// The list that the checkpoint in the store refers to. Without a count its texts are not the points of the route
-    /// one by one, and no points can be appended to them.
+    /// The list that the checkpoint in the store refers to. Without a count its texts are not the points of the
+    /// route one by one, and no points can be appended to them.
     struct StoredRoute {
         UUID session;
         std::optional<std::size_t> pointCount;

@@ -29,7 +29,8 @@ double median(std::span<double> values) {
 double deadBand(std::span<const CLLocation> locations) {
     std::vector<double> accuracies;
     for (const auto& location : locations) {
-        if (isUsable(location.altitude, location.verticalAccuracy)) accuracies.push_back(location.verticalAccuracy);
+        if (isUsable(location.altitude, location.verticalAccuracy))
+            accuracies.push_back(location.verticalAccuracy);
     }
     return accuracies.empty() ? smallestDeadBand : std::max(median(accuracies), smallestDeadBand);
 }

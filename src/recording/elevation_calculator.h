@@ -17,9 +17,9 @@ struct ElevationChange {
     bool operator==(const ElevationChange&) const = default;
 };
 
-/// Counts a change of altitude only once it has left a dead band of at least 3 metres around the altitude counted last:
-/// a slow climb counts when it has added up, jitter does not. Altitudes that are not known to within 30 metres are left
-/// out, as is what is no altitude (not finite, or beyond the Moon).
+/// Counts a change of altitude only once it has left a dead band of at least 3 metres around the altitude counted
+/// last: a slow climb counts when it has added up, jitter does not. Altitudes that are not known to within 30
+/// metres are left out, as is what is no altitude (not finite, or beyond the Moon).
 namespace ElevationCalculator {
 
 /// For altitudes as they come.
@@ -33,8 +33,8 @@ struct StreamingTracker {
     bool operator==(const StreamingTracker&) const = default;
 };
 
-/// For a whole way, freed from single outliers by a running median of five first. The dead band is the median of the
-/// accuracies, at least 3 metres. None when nothing leaves it: a flat way has no elevation change.
+/// For a whole way, freed from single outliers by a running median of five first. The dead band is the median of
+/// the accuracies, at least 3 metres. None when nothing leaves it: a flat way has no elevation change.
 std::optional<ElevationChange> calculate(std::span<const CLLocation> locations);
 
 }  // namespace ElevationCalculator

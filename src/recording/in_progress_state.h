@@ -36,18 +36,16 @@ struct InProgressState {
     bool japaneseGuidanceFinished = false;
     Date checkpointDate;
 
-    using Fields =
-        FieldList<&InProgressState::session, &InProgressState::sessionStartDate, &InProgressState::pauseStartDate,
-                  &InProgressState::totalPausedTime, &InProgressState::routePoints, &InProgressState::isPaused,
-                  &InProgressState::currentSteps, &InProgressState::currentDistance,
-                  &InProgressState::currentDuration, &InProgressState::currentCalories,
-                  &InProgressState::elevationGain, &InProgressState::elevationLoss,
-                  &InProgressState::currentElevation, &InProgressState::totalDistance,
-                  &InProgressState::elapsedTime, &InProgressState::japaneseProgramRawValue,
-                  &InProgressState::japanesePhaseSecondsRemaining, &InProgressState::japaneseIsIWTFastPhase,
-                  &InProgressState::japaneseCurrentIWTSet, &InProgressState::japaneseIWTCompletedSets,
-                  &InProgressState::japaneseIWTCurrentPhaseIsFast, &InProgressState::japaneseGuidanceFinished,
-                  &InProgressState::checkpointDate>;
+    using Fields = FieldList<
+        &InProgressState::session, &InProgressState::sessionStartDate, &InProgressState::pauseStartDate,
+        &InProgressState::totalPausedTime, &InProgressState::routePoints, &InProgressState::isPaused,
+        &InProgressState::currentSteps, &InProgressState::currentDistance, &InProgressState::currentDuration,
+        &InProgressState::currentCalories, &InProgressState::elevationGain, &InProgressState::elevationLoss,
+        &InProgressState::currentElevation, &InProgressState::totalDistance, &InProgressState::elapsedTime,
+        &InProgressState::japaneseProgramRawValue, &InProgressState::japanesePhaseSecondsRemaining,
+        &InProgressState::japaneseIsIWTFastPhase, &InProgressState::japaneseCurrentIWTSet,
+        &InProgressState::japaneseIWTCompletedSets, &InProgressState::japaneseIWTCurrentPhaseIsFast,
+        &InProgressState::japaneseGuidanceFinished, &InProgressState::checkpointDate>;
     bool operator==(const InProgressState&) const = default;
 };
 static_assert(isComplete<InProgressState>);

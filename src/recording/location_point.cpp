@@ -6,18 +6,29 @@ namespace pedvar {
 
 namespace {
 
-bool isFiniteNumber(double number) { return std::isfinite(number); }
-bool isFiniteNumber(Date date) { return std::isfinite(date.time_since_epoch().count()); }
-bool isFiniteNumber(const std::optional<double>& number) { return !number || std::isfinite(*number); }
-bool isFiniteNumber(const UUID&) { return true; }
+bool isFiniteNumber(double number) {
+    return std::isfinite(number);
+}
+bool isFiniteNumber(Date date) {
+    return std::isfinite(date.time_since_epoch().count());
+}
+bool isFiniteNumber(const std::optional<double>& number) {
+    return !number || std::isfinite(*number);
+}
+bool isFiniteNumber(const UUID&) {
+    return true;
+}
 
-std::optional<double> unlessNegative(double value) { return value < 0 ? std::nullopt : std::optional(value); }
+std::optional<double> unlessNegative(double value) {
+    return value < 0 ? std::nullopt : std::optional(value);
+}
 
 }  // namespace
 
 bool isFinite(const LocationPoint& point) {
     bool isFinite = true;
-    forEachField(point, [&](std::string_view, const auto& field) { isFinite = isFinite && isFiniteNumber(field); });
+    forEachField(point,
+                 [&](std::string_view, const auto& field) { isFinite = isFinite && isFiniteNumber(field); });
     return isFinite;
 }
 

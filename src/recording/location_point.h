@@ -29,12 +29,12 @@ struct LocationPoint {
 };
 static_assert(isComplete<LocationPoint>);
 
-/// Whether no number of the point is a NaN or an infinity. Documents cannot hold those: one such point would keep its
-/// whole route from being stored.
+/// Whether no number of the point is a NaN or an infinity. Documents cannot hold those: one such point would keep
+/// its whole route from being stored.
 bool isFinite(const LocationPoint& point);
 
-/// The point at a location, where everything unknown is absent; none when any of its numbers is not finite. This is the
-/// door through which points come in.
+/// The point at a location, where everything unknown is absent; none when any of its numbers is not finite. This
+/// is the door through which points come in.
 std::optional<LocationPoint> locationPoint(UUID id, const CLLocation& location);
 
 /// The way back.

@@ -17,7 +17,8 @@ std::vector<UUID> PendingWorkouts::sessions() const {
 }
 
 std::vector<PartsChange> PendingWorkouts::noting(UUID session) {
-    return {arrayFrame(pendingWorkoutsKey), AddPart{pendingWorkoutsKey, std::nullopt, encodeJson(session).value()}};
+    return {arrayFrame(pendingWorkoutsKey),
+            AddPart{pendingWorkoutsKey, std::nullopt, encodeJson(session).value()}};
 }
 
 DefaultsResult PendingWorkouts::remove(UUID session) {

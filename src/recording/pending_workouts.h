@@ -8,9 +8,9 @@
 
 namespace pedvar {
 
-/// Keeps the sessions that have joined the history and whose workouts are not in the health store yet. A session is
-/// noted in the transaction that adds it to the history; a workout is written under its session's identifier, so that
-/// writing it again after a kill adds nothing.
+/// Keeps the sessions that have joined the history and whose workouts are not in the health store yet. A session
+/// is noted in the transaction that adds it to the history; a workout is written under its session's identifier,
+/// so that writing it again after a kill adds nothing.
 class PendingWorkouts {
 public:
     /// Keeps the reference.

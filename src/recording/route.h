@@ -9,11 +9,11 @@
 
 namespace pedvar {
 
-/// A list of points that grows at its end and is cheap to copy: copies share their points, and adding to one of them
-/// leaves the others as they are. Adding costs the same at any length.
+/// A list of points that grows at its end and is cheap to copy: copies share their points, and adding to one of
+/// them leaves the others as they are. Adding costs the same at any length.
 ///
-/// Two routes are equal when they are the same points, not when the points are alike; comparing is cheap too. Encoded
-/// as an array. From one thread.
+/// Two routes are equal when they are the same points, not when the points are alike; comparing is cheap too.
+/// Encoded as an array. From one thread.
 class Route {
 public:
     using value_type = LocationPoint;

@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::size_t pointsInPart = 128;  // at most; some 40 KB
 
-/// Puts a hole into the empty array that is the member `name`. No text in a document reads like it: quotation marks
-/// within texts are escaped.
+/// Puts a hole into the empty array that is the member `name`. No text in a document reads like it: quotation
+/// marks within texts are escaped.
 void makeHole(std::string& document, std::string_view name, const Hole& hole) {
     const std::string member = '"' + std::string(name) + "\":[";
     const std::size_t start = document.find(member + ']');
@@ -35,7 +35,9 @@ std::string pointsText(const Route& route, std::size_t first, std::size_t end) {
 
 }  // namespace
 
-std::string routeList(UUID session) { return session.text(); }
+std::string routeList(UUID session) {
+    return session.text();
+}
 
 SetFrame arrayFrame(std::string_view key) {
     const Hole hole{.list = std::string(key)};

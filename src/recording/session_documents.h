@@ -31,8 +31,8 @@ struct SavedSession {
 std::optional<std::string> sessionText(const ActivitySession& session, std::size_t pointCount);
 std::optional<SavedSession> sessionIn(std::string_view text);
 
-/// A checkpoint with two holes for one route: that of the session is taken to be `routePoints`. None when it holds a
-/// number that no document can hold.
+/// A checkpoint with two holes for one route: that of the session is taken to be `routePoints`. None when it holds
+/// a number that no document can hold.
 std::optional<std::string> checkpointText(const InProgressState& state);
 
 /// Adds the points from `first` on to the session's list.

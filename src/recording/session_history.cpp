@@ -15,7 +15,9 @@ std::unexpected<DefaultsError> refused(std::string message) {
     return std::unexpected(DefaultsError{std::move(message)});
 }
 
-UUID idOf(const SavedSession& saved) { return saved.session.id; }
+UUID idOf(const SavedSession& saved) {
+    return saved.session.id;
+}
 
 char upperCase(char character) {
     return 'a' <= character && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
@@ -23,7 +25,9 @@ char upperCase(char character) {
 
 }  // namespace
 
-SessionHistory::SessionHistory(DocumentParts& documents) : documents_(documents) { load(); }
+SessionHistory::SessionHistory(DocumentParts& documents) : documents_(documents) {
+    load();
+}
 
 bool SessionHistory::contains(UUID id) const {
     return std::ranges::find(savedSessions_, id, idOf) != savedSessions_.end();
@@ -48,7 +52,9 @@ std::optional<ActivitySession> SessionHistory::wholeSession(UUID id) const {
     return session;
 }
 
-DefaultsResult SessionHistory::add(const ActivitySession& session) { return add(session, 0, {}); }
+DefaultsResult SessionHistory::add(const ActivitySession& session) {
+    return add(session, 0, {});
+}
 
 DefaultsResult SessionHistory::add(const ActivitySession& session, std::size_t storedPoints,
                                    std::vector<PartsChange> alongside) {
@@ -76,8 +82,8 @@ DefaultsResult SessionHistory::changeType(UUID id, ActivityType type) {
     SavedSession changed = sessionIn(entry->text).value();
     changed.session.activityType = type;
     std::vector<PartsChange> changes = routeAdditions(id, changed.session.route, 0);
-    changes.push_back(ReplacePart{sessionsKey, entry->position, entry->text,
-                                  sessionText(changed.session, changed.pointCount)});
+    changes.push_back(
+        ReplacePart{sessionsKey, entry->position, entry->text, sessionText(changed.session, changed.pointCount)});
     if (auto written = documents_.write(changes); !written) return written;
     if (const auto saved = placeOf(id); saved != savedSessions_.end()) saved->session.activityType = type;
     version = version + 1;

@@ -15,12 +15,13 @@
 
 namespace pedvar {
 
-/// Keeps the finished sessions, newest first, in one document that grows in parts: neither adding a session nor reading
-/// the list touches the routes of the others. Lives on the main executor.
+/// Keeps the finished sessions, newest first, in one document that grows in parts: neither adding a session nor
+/// reading the list touches the routes of the others. Lives on the main executor.
 ///
-/// A session that cannot be read is left out, and with the next change it is moved to a document beside the history
-/// (`setAsideKey`); so is a history that cannot be read at all. Other processes may add sessions meanwhile; this one
-/// sees them when it starts anew.
+/// A session that cannot be read is left out, and with the next change it is moved to a document beside the
+/// history
+/// (`setAsideKey`); so is a history that cannot be read at all. Other processes may add sessions meanwhile; this
+/// one sees them when it starts anew.
 class SessionHistory {
 public:
     /// Loads the list. Keeps the reference.
@@ -37,14 +38,16 @@ public:
     /// The one session whose identifier begins with `prefix`, in either case. An empty prefix finds none.
     std::expected<UUID, NotFound> find(std::string_view prefix) const;
 
-    /// A session with its route, from which points are missing that cannot be read. None when there is no such session.
+    /// A session with its route, from which points are missing that cannot be read. None when there is no such
+    /// session.
     std::optional<ActivitySession> wholeSession(UUID id) const;
 
     /// Puts a session at the front. One that is there already stays as it is.
     DefaultsResult add(const ActivitySession& session);
-    /// The same in one transaction with the changes `alongside`, which come first. So many points of its route are in
-    /// the store already.
-    DefaultsResult add(const ActivitySession& session, std::size_t storedPoints, std::vector<PartsChange> alongside);
+    /// The same in one transaction with the changes `alongside`, which come first. So many points of its route are
+    /// in the store already.
+    DefaultsResult add(const ActivitySession& session, std::size_t storedPoints,
+                       std::vector<PartsChange> alongside);
 
     DefaultsResult changeType(UUID id, ActivityType type);
     /// Deletes a session and its route.

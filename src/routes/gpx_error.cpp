@@ -23,7 +23,9 @@ constexpr Signature signatures[] = {
     {"PK\x03\x04", "a zip archive"},
     {"PK\x05\x06", "an empty zip archive"},
     {"BZh", "a bzip2 archive"},
-    {"\xFD" "7zXZ\0"sv, "an xz archive"},
+    {"\xFD"
+     "7zXZ\0"sv,
+     "an xz archive"},
     {"\x28\xB5\x2F\xFD", "a zstd archive"},
     {"7z\xBC\xAF\x27\x1C", "a 7-Zip archive"},
     {"Rar!", "a RAR archive"},
@@ -41,16 +43,20 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view lowercase) {
     const auto isSame = [](char character, char lower) {
         return (character >= 'A' && character <= 'Z' ? character - 'A' + 'a' : character) == lower;
     };
-    return text.size() >= lowercase.size() && std::ranges::equal(text.substr(0, lowercase.size()), lowercase, isSame);
+    return text.size() >= lowercase.size() &&
+           std::ranges::equal(text.substr(0, lowercase.size()), lowercase, isSame);
 }
 
 }  // namespace
 
 std::string_view description(GPXError error) {
     switch (error) {
-        case GPXError::noTrackPoints: return "The GPX file contains no track points.";
-        case GPXError::invalidFormat: return "The file is not a valid GPX format.";
-        case GPXError::fileNotFound: return "The GPX file could not be found.";
+        case GPXError::noTrackPoints:
+            return "The GPX file contains no track points.";
+        case GPXError::invalidFormat:
+            return "The file is not a valid GPX format.";
+        case GPXError::fileNotFound:
+            return "The GPX file could not be found.";
     }
     return {};
 }

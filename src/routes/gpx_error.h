@@ -21,8 +21,8 @@ struct GPXFailure {
     std::string message() const;
 };
 
-/// What a document that is not XML seems to be, told by how it begins: "a gzip archive", "a web page". Empty when it
-/// cannot be told.
+/// What a document that is not XML seems to be, told by how it begins: "a gzip archive", "a web page". Empty when
+/// it cannot be told.
 std::string_view kindOfDocument(std::string_view beginning);
 
 }  // namespace pedvar

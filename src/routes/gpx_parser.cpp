@@ -10,32 +10,42 @@ namespace pedvar {
 
 namespace {
 
-constexpr double assumedAccuracy = 5;  // metres; documents do not tell
+constexpr double assumedAccuracy = 5;                 // metres; documents do not tell
 constexpr std::size_t longestText = 4 * 1024 * 1024;  // bytes; what is longer is no name and is cut
-constexpr std::size_t beginningSize = 512;  // bytes
+constexpr std::size_t beginningSize = 512;            // bytes
+constexpr std::size_t longSegment =
+    32'768;  // points; fewer are copied in no time, and windows are small against it
 
 enum class Element { other, elevation, metadata, name, routePoint, time, track, trackPoint, trackSegment };
 
 Element elementNamed(std::string_view name) {
     switch (name.size()) {
-        case 3: return name == "ele" ? Element::elevation : name == "trk" ? Element::track : Element::other;
-        case 4: return name == "time" ? Element::time : name == "name" ? Element::name : Element::other;
-        case 5: return name == "trkpt" ? Element::trackPoint : name == "rtept" ? Element::routePoint : Element::other;
-        case 6: return name == "trkseg" ? Element::trackSegment : Element::other;
-        case 8: return name == "metadata" ? Element::metadata : Element::other;
-        default: return Element::other;
+        case 3:
+            return name == "ele" ? Element::elevation : name == "trk" ? Element::track : Element::other;
+        case 4:
+            return name == "time" ? Element::time : name == "name" ? Element::name : Element::other;
+        case 5:
+            return name == "trkpt" ? Element::trackPoint : name == "rtept" ? Element::routePoint : Element::other;
+        case 6:
+            return name == "trkseg" ? Element::trackSegment : Element::other;
+        case 8:
+            return name == "metadata" ? Element::metadata : Element::other;
+        default:
+            return Element::other;
     }
 }
 
 }  // namespace
 
-GPXXMLParser::GPXXMLParser(XmlParser::Source data, Date now) : data_(std::move(data)), now_(now) {}
+GPXXMLParser::GPXXMLParser(XmlParser::Source data, Date now, std::size_t size)
+    : data_(std::move(data)), now_(now), size_(size) {}
 
 std::expected<GPXDocument, GPXFailure> GPXXMLParser::parse(const XmlParser& xmlParser) && {
     const auto outcome = xmlParser.parse([this](std::span<char> room) { return readData(room); }, *this);
     if (!outcome) {
         const std::string_view kind = kindOfDocument(beginning_);
-        std::string detail = "It is " + (kind.empty() ? "broken: " + outcome.error().message : std::string(kind)) + ".";
+        std::string detail =
+            "It is " + (kind.empty() ? "broken: " + outcome.error().message : std::string(kind)) + ".";
         return std::unexpected(GPXFailure{GPXError::invalidFormat, std::move(detail)});
     }
     endSegment();
@@ -44,6 +54,7 @@ std::expected<GPXDocument, GPXFailure> GPXXMLParser::parse(const XmlParser& xmlP
 
 std::size_t GPXXMLParser::readData(std::span<char> room) {
     const std::size_t count = data_(room);
+    bytesRead_ += count;
     const std::size_t wanted = std::min(count, beginningSize - beginning_.size());
     beginning_.append(room.data(), wanted);
     return count;
@@ -52,15 +63,28 @@ std::size_t GPXXMLParser::readData(std::span<char> room) {
 void GPXXMLParser::startElement(std::string_view name, XmlAttributes attributes) {
     currentText_.clear();
     switch (elementNamed(name)) {
-        case Element::metadata: insideMetadata_ = true; break;
-        case Element::track: insideTrack_ = true; break;
-        case Element::trackSegment: currentSegment_ = {}; break;
-        case Element::routePoint: document_.hasRoutePoints = true; [[fallthrough]];
-        case Element::trackPoint: startPoint(attributes); break;
+        case Element::metadata:
+            insideMetadata_ = true;
+            break;
+        case Element::track:
+            insideTrack_ = true;
+            break;
+        case Element::trackSegment:
+            currentSegment_ = {};
+            break;
+        case Element::routePoint:
+            document_.hasRoutePoints = true;
+            [[fallthrough]];
+        case Element::trackPoint:
+            startPoint(attributes);
+            break;
         case Element::name:
         case Element::elevation:
-        case Element::time: ++openTextElements_; break;
-        case Element::other: break;
+        case Element::time:
+            ++openTextElements_;
+            break;
+        case Element::other:
+            break;
     }
 }
 
@@ -70,11 +94,19 @@ void GPXXMLParser::characters(std::string_view text) {
 
 void GPXXMLParser::endElement(std::string_view name) {
     switch (elementNamed(name)) {
-        case Element::metadata: insideMetadata_ = false; break;
-        case Element::track: insideTrack_ = false; break;
-        case Element::trackSegment: endSegment(); break;
+        case Element::metadata:
+            insideMetadata_ = false;
+            break;
+        case Element::track:
+            insideTrack_ = false;
+            break;
+        case Element::trackSegment:
+            endSegment();
+            break;
         case Element::routePoint:
-        case Element::trackPoint: endPoint(); break;
+        case Element::trackPoint:
+            endPoint();
+            break;
         case Element::name:
             --openTextElements_;
             if (insideTrack_ && !insideMetadata_ && !document_.trackName) {
@@ -90,7 +122,8 @@ void GPXXMLParser::endElement(std::string_view name) {
             --openTextElements_;
             if (insideTrackPoint_) currentTimestamp_ = parseISO8601(trimmed(currentText_));
             break;
-        case Element::other: break;
+        case Element::other:
+            break;
     }
 }
 
@@ -109,6 +142,7 @@ void GPXXMLParser::startPoint(XmlAttributes attributes) {
 void GPXXMLParser::endPoint() {
     insideTrackPoint_ = false;
     if (!currentLatitude_ || !currentLongitude_) return;
+    makeRoom();
     currentSegment_.points.push_back({.latitude = *currentLatitude_,
                                       .longitude = *currentLongitude_,
                                       .altitude = currentElevation_.value_or(0),
@@ -118,8 +152,21 @@ void GPXXMLParser::endPoint() {
     currentSegment_.hasTime.push_back(currentTimestamp_.has_value());
 }
 
+/// When a long segment has filled its room: room for the rest of the document, if that goes on likewise.
+void GPXXMLParser::makeRoom() {
+    auto& points = currentSegment_.points;
+    if (points.empty()) segmentStart_ = bytesRead_;
+    if (points.size() < points.capacity() || points.size() < longSegment) return;
+    if (segmentStart_ >= bytesRead_ || bytesRead_ >= size_) return;
+    const double perByte = static_cast<double>(points.size()) / static_cast<double>(bytesRead_ - segmentStart_);
+    points.reserve(points.size() +
+                   static_cast<std::size_t>(1.1 * perByte * static_cast<double>(size_ - bytesRead_)));
+}
+
 void GPXXMLParser::endSegment() {
-    if (currentSegment_.points.empty()) return;
+    auto& points = currentSegment_.points;
+    if (points.empty()) return;
+    if (points.size() < points.capacity() / 2) points.shrink_to_fit();
     document_.segments.push_back(std::exchange(currentSegment_, {}));
 }
 

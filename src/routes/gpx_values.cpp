@@ -54,12 +54,18 @@ bool isNearZero(std::string_view number) {
 
 std::string_view entityFor(std::string_view character) {
     switch (character[0]) {
-        case '&': return "&amp;";
-        case '<': return "&lt;";
-        case '>': return "&gt;";
-        case '"': return "&quot;";
-        case '\'': return "&apos;";
-        default: return character;
+        case '&':
+            return "&amp;";
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        case '"':
+            return "&quot;";
+        case '\'':
+            return "&apos;";
+        default:
+            return character;
     }
 }
 

@@ -109,7 +109,8 @@ void GPXWriter::flush() {
     used_ = 0;
 }
 
-std::string writeGPX(std::span<const CLLocation> locations, std::string_view name, std::string_view type, Date start) {
+std::string writeGPX(std::span<const CLLocation> locations, std::string_view name, std::string_view type,
+                     Date start) {
     std::string document;
     document.reserve(locations.size() * usualPoint);
     GPXWriter writer([&](std::string_view piece) { document += piece; }, name, type, start);

@@ -24,8 +24,8 @@ public:
     /// `type` is a text for people; `start` is the time of the document.
     GPXWriter(Sink sink, std::string_view name, std::string_view type, Date start);
 
-    /// A point without finite coordinates is left out, which no GPX document can hold. Likewise an altitude that is not
-    /// finite, and a time outside of the years 0 to 9999.
+    /// A point without finite coordinates is left out, which no GPX document can hold. Likewise an altitude that
+    /// is not finite, and a time outside of the years 0 to 9999.
     void add(const CLLocation& location);
     /// Ends the document. To be called once, after the last point.
     void finish();
@@ -40,6 +40,7 @@ private:
 };
 
 /// A whole document in memory.
-std::string writeGPX(std::span<const CLLocation> locations, std::string_view name, std::string_view type, Date start);
+std::string writeGPX(std::span<const CLLocation> locations, std::string_view name, std::string_view type,
+                     Date start);
 
 }  // namespace pedvar

@@ -19,8 +19,8 @@ struct RouteSummary {
     std::optional<ElevationChange> elevation;
 };
 
-/// Distance and elevation are those of the segments together: what lies between two segments was not walked. Points
-/// out of range count as points and add no distance; the way goes straight on from their neighbours.
+/// Distance and elevation are those of the segments together: what lies between two segments was not walked.
+/// Points out of range count as points and add no distance; the way goes straight on from their neighbours.
 RouteSummary summaryOf(const GPXDocument& document);
 
 }  // namespace pedvar

@@ -110,6 +110,10 @@ TEST_CASE_FIXTURE(BadInput, "a store that is something else is refused by all an
     }
     refused({"goal", "8000"}, 1, "notAStore", "health.sqlite");
     CHECK(readFile(folder / "foreign/health.sqlite") == letter);
+    writeFile(folder / "data/defaults.sqlite", letter);
+    data = "data";
+    refused({"today"}, 1, "damaged", "defaults.sqlite");
+    CHECK(readFile(folder / "data/defaults.sqlite") == letter);
     const Outcome doctor = runPedvar(folder.path(), {"doctor", "--data", "foreign"});
     CHECK(doctor.exitCode == 1);
     CHECK(doctor.output.contains("health.sqlite"));

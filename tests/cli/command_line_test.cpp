@@ -71,6 +71,15 @@ TEST_CASE("help is of the command that it is asked of") {
     CHECK(!std::get<Information>(one->wish).text.contains("streaks"));
 }
 
+TEST_CASE("help and version are JSON wherever --json stands") {
+    for (const auto& arguments : {std::vector{"--json", "--version"}, std::vector{"--version", "--json"},
+                                  std::vector{"today", "--help", "--json"}}) {
+        const auto line = parse(arguments);
+        REQUIRE(line.has_value());
+        CHECK(line->global.format == OutputFormat::json);
+    }
+}
+
 TEST_CASE("commands write only where they are told to change something") {
     CHECK(isWriting(ImportRequest{}));
     CHECK(!isWriting(GoalRequest{}));

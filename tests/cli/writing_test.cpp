@@ -44,6 +44,14 @@ TEST_CASE_FIXTURE(Writing, "a changed setting is kept and shows") {
     CHECK(!run({"day", "2024-04-30", "--json"}).output.contains("\x1b["));
 }
 
+TEST_CASE_FIXTURE(Writing, "changing one setting keeps what the watch chose meanwhile") {
+    CHECK(run({"settings", "theme", "light"}).exitCode == 0);
+    SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
+    REQUIRE(defaults.write({{defaults.shared(), "distanceUnit", "mi"}}));
+    CHECK(run({"settings", "theme", "dark"}).exitCode == 0);
+    CHECK(run({"settings", "distanceUnit"}).output.contains("miles"));
+}
+
 TEST_CASE_FIXTURE(Writing, "importing again adds nothing, exactly the goal is met, and the age was taken over") {
     writeFile(folder / "export.xml", sampleExport());
     CHECK(

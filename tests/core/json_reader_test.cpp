@@ -27,8 +27,8 @@ struct Walk {
     std::int32_t steps = 0;
     std::string name;
     std::vector<Split> splits;
-    using Fields = FieldList<&Walk::id, &Walk::gait, &Walk::start, &Walk::isDone, &Walk::steps, &Walk::name,
-                             &Walk::splits>;
+    using Fields =
+        FieldList<&Walk::id, &Walk::gait, &Walk::start, &Walk::isDone, &Walk::steps, &Walk::name, &Walk::splits>;
     bool operator==(const Walk&) const = default;
 };
 
@@ -44,10 +44,13 @@ const Walk sample{.id = UUID({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
 
 TEST_CASE("a record reads back from its own text, and from the same text spread out and escaped") {
     CHECK(readJson<Walk>(*encodeJson(sample)) == sample);
-    CHECK(readJson<Walk>(R"( {"name" : "Zo\u00eb \"\\\/\b\f\n\r\t\u0001 \u20AC\ud83d\udeb6" , "unknown":[{"a":[ ]},null,-1.5e+3],
+    CHECK(
+        readJson<Walk>(
+            R"( {"name" : "Zo\u00eb \"\\\/\b\f\n\r\t\u0001 \u20AC\ud83d\udeb6" , "unknown":[{"a":[ ]},null,-1.5e+3],
         "steps":7, "steps":-2147483648.0,
         "isDone":true,"start":-1E-1,"gait":"run","id":"01020304-0506-0708-090a-0b0c0d0e0fff",
-        "splits":[{"distance":1e3,"pace":null},{"distance":-0,"pace":5e-324},{"pace":0.1,"distance":1e300}]} )") == sample);
+        "splits":[{"distance":1e3,"pace":null},{"distance":-0,"pace":5e-324},{"pace":0.1,"distance":1e300}]} )") ==
+        sample);
 }
 
 TEST_CASE("whatever is not a whole record is none") {
@@ -69,18 +72,19 @@ TEST_CASE("whatever is not a whole record is none") {
 }
 
 TEST_CASE("text that is not JSON is refused") {
-    for (const char* text : {"[1 2]", "[1,]", "[,1]", "[01]", "[+1]", "[.5]", "[5.]", "[1e]", "[-]", "[0x1]", "[nan]",
-                             "[1e999]", "[1]]", "[1", "1", "[\"a]", "[tru]"}) {
+    for (const char* text : {"[1 2]", "[1,]", "[,1]", "[01]", "[+1]", "[.5]", "[5.]", "[1e]", "[-]", "[0x1]",
+                             "[nan]", "[1e999]", "[1]]", "[1", "1", "[\"a]", "[tru]"}) {
         CAPTURE(text);
         CHECK(!readJson<std::vector<double>>(text));
     }
-    for (const char* text : {"[\"\x01\"]", "[\"\\x\"]", "[\"\\u12g4\"]", "[\"\\ud800\"]", "[\"\\ud800\\u0041\"]",
-                             "[\"\\udc00\\ud800\"]", "[\"\xff\"]", "[\"\xed\xa0\x80\"]", "['a']", "[\"\\u-123\"]"}) {
+    for (const char* text :
+         {"[\"\x01\"]", "[\"\\x\"]", "[\"\\u12g4\"]", "[\"\\ud800\"]", "[\"\\ud800\\u0041\"]",
+          "[\"\\udc00\\ud800\"]", "[\"\xff\"]", "[\"\xed\xa0\x80\"]", "['a']", "[\"\\u-123\"]"}) {
         CAPTURE(text);
         CHECK(!readJson<std::vector<std::string>>(text));
     }
-    for (const char* text : {"{\"a\":1,}", "{\"a\"1}", "{a:1}", "{1:1}", "{\"a\":}", "{\"a\":[1}", "{\"a\":{\"b\"}}",
-                             "{\"distance\":1 \"pace\":1}"}) {
+    for (const char* text : {"{\"a\":1,}", "{\"a\"1}", "{a:1}", "{1:1}", "{\"a\":}", "{\"a\":[1}",
+                             "{\"a\":{\"b\"}}", "{\"distance\":1 \"pace\":1}"}) {
         CAPTURE(text);
         CHECK(!readJson<Split>(text));
     }

@@ -1,5 +1,5 @@
-/// Whatever stands under the keys of history and checkpoint: reading it does no harm, and what is stored afterwards reads
-/// back.
+/// Whatever stands under the keys of history and checkpoint: reading it does no harm, and what is stored
+/// afterwards reads back.
 #include "core/record_reader.h"
 #include "recording/checkpoint_store.h"
 #include "support/fake_document_parts.h"

@@ -1,6 +1,7 @@
 /// The zip layer: survives any archive. Built with -fsanitize=fuzzer.
 #include "core/check.h"
 #include "linux/import/export_package.h"
+#include "linux/import/route_files.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -79,11 +79,14 @@ TEST_CASE_FIXTURE(Overlap, "the phone counts for the three hours in which the wa
     CHECK(sum(12 * hour, 13 * hour) == 420);
 }
 
-TEST_CASE_FIXTURE(Overlap, "a sample counts where it starts, also across midnight") {
-    const std::vector<TestSample> samples{{phone, day - 600, 1200, 100}, {watch, day, 600, 30}};
-    add(samples);
+TEST_CASE_FIXTURE(Overlap, "a sample counts where it starts, also when midnight or a later sample cuts it") {
+    const std::vector<TestSample> samples{
+        {phone, day - 600, 1200, 100}, {watch, day + 6 * hour, 60, 1}, {watch, day, 600, 30}};
+    add({samples[0]});
+    REQUIRE(writer.refreshTotals());
+    add({samples[1], samples[2]});
     checkSum(samples, 0, day, 50);
-    checkSum(samples, day, 2 * day, 30);
+    checkSum(samples, day, 2 * day, 31);
 }
 
 TEST_CASE_FIXTURE(Overlap, "a summary of the day counts in days and in no shorter time") {

@@ -1,5 +1,6 @@
 /// Real exports of many phones, where a collection of them lies beside the project.
 #include "linux/import/export_package.h"
+#include "linux/import/route_files.h"
 #include "linux/import_support.h"
 #include "platform/health_store.h"
 #include "support/temporary_folder.h"

@@ -1,5 +1,6 @@
 /// Finding export documents in files, archives and folders.
 #include "linux/import/export_package.h"
+#include "linux/import/route_files.h"
 #include "linux/import/zip_archive.h"
 #include "support/temporary_folder.h"
 

@@ -39,7 +39,8 @@ struct Recording {
 
 /// What the next process finds.
 struct NextStart {
-    explicit NextStart(Recording& recording) : history(recording.documents), checkpoints(recording.documents, history) {
+    explicit NextStart(Recording& recording)
+        : history(recording.documents), checkpoints(recording.documents, history) {
         auto result = checkpoints.restore(recording.time.now());
         REQUIRE(result);
         state = std::move(*result);
@@ -125,8 +126,12 @@ TEST_CASE_FIXTURE(Recording, "a checkpoint is resumed up to twelve hours later, 
     REQUIRE(checkpoints.save(state(7), forced));
     const InProgressState saved = state(7);
     SUBCASE("at once") {}
-    SUBCASE("after twelve hours to the second") { time.advance(43'200s); }
-    SUBCASE("with the clock set back") { time.setClock(time.now() - 24h * 400); }
+    SUBCASE("after twelve hours to the second") {
+        time.advance(43'200s);
+    }
+    SUBCASE("with the clock set back") {
+        time.setClock(time.now() - 24h * 400);
+    }
     const auto before = documents.state;
     NextStart next(*this);
     REQUIRE(next.state);
@@ -165,8 +170,12 @@ TEST_CASE_FIXTURE(Recording, "a checkpoint that is of no use is removed with its
     REQUIRE(history.add(sampleSession(9)));
     REQUIRE(checkpoints.save(state(7), forced));
     std::string& frame = documents.state.frames[inProgressKey];
-    SUBCASE("its session is not active") { frame.replace(frame.find("true"), 4, "false"); }
-    SUBCASE("it cannot be read") { frame.pop_back(); }
+    SUBCASE("its session is not active") {
+        frame.replace(frame.find("true"), 4, "false");
+    }
+    SUBCASE("it cannot be read") {
+        frame.pop_back();
+    }
     SUBCASE("it is no document in parts and cannot be read") {
         frame = "";
         documents.state.values.emplace(inProgressKey, Data{"{}"});
@@ -208,8 +217,12 @@ TEST_CASE_FIXTURE(Recording, "a checkpoint that was written whole goes on in par
 TEST_CASE_FIXTURE(Recording, "damaged points are missing from the resumed walk, which is stored anew") {
     for (const int points : {5, 10, 15}) REQUIRE(checkpoints.save(state(points), forced));
     auto& parts = documents.state.lists[routeList(uuidOf(1))];
-    SUBCASE("in the middle") { std::next(parts.begin())->second = "?"; }
-    SUBCASE("at the end") { parts.rbegin()->second += "]"; }
+    SUBCASE("in the middle") {
+        std::next(parts.begin())->second = "?";
+    }
+    SUBCASE("at the end") {
+        parts.rbegin()->second += "]";
+    }
     NextStart next(*this);
     REQUIRE(next.state);
     CHECK(next.state->routePoints.size() == 10);

@@ -1,5 +1,5 @@
-#include "core/record_reader.h"
 #include "recording/session_history.h"
+#include "core/record_reader.h"
 #include "support/fake_document_parts.h"
 #include "support/sample_sessions.h"
 
@@ -21,7 +21,9 @@ std::vector<std::int64_t> numbers(const SessionHistory& history) {
 }
 using Numbers = std::vector<std::int64_t>;
 
-std::string text(const ActivitySession& session) { return encodeJson(session).value(); }
+std::string text(const ActivitySession& session) {
+    return encodeJson(session).value();
+}
 
 }  // namespace
 
@@ -123,11 +125,21 @@ TEST_CASE("one damaged session is set aside and the rest is kept") {
         for (const int number : {1, 2, 3}) REQUIRE(history.add(sampleSession(number)));
     }
     std::string& damaged = documents.state.lists[sessionsKey][-1];
-    SUBCASE("not JSON") { damaged.erase(7); }
-    SUBCASE("an unknown type") { damaged.replace(damaged.find("hike"), 4, "swim"); }
-    SUBCASE("nothing") { damaged.clear(); }
-    SUBCASE("another list in place of its route") { damaged.replace(damaged.find("02-"), 2, "01"); }
-    SUBCASE("a list where no value belongs") { damaged += Hole{"other", 1}.text(); }
+    SUBCASE("not JSON") {
+        damaged.erase(7);
+    }
+    SUBCASE("an unknown type") {
+        damaged.replace(damaged.find("hike"), 4, "swim");
+    }
+    SUBCASE("nothing") {
+        damaged.clear();
+    }
+    SUBCASE("another list in place of its route") {
+        damaged.replace(damaged.find("02-"), 2, "01");
+    }
+    SUBCASE("a list where no value belongs") {
+        damaged += Hole{"other", 1}.text();
+    }
     const std::string bytes = damaged;
     const auto before = documents.state;
 

@@ -35,7 +35,8 @@ TEST_CASE("a checkpoint is stored with its keys in order, and read back it is th
         R"({"session":{"id":"00000001-0000-0000-0000-000000000000","activityType":"hike","startTime":738000000.5,)"
         R"("isActive":true,"steps":4001,"distance":3000,"duration":1800,"calories":180,"averagePace":10,"route":[)" +
         pointText +
-        R"(],"elevationGain":12.5},"sessionStartDate":738000000.5,"totalPausedTime":1.5,"routePoints":[)" + pointText +
+        R"(],"elevationGain":12.5},"sessionStartDate":738000000.5,"totalPausedTime":1.5,"routePoints":[)" +
+        pointText +
         R"(],"isPaused":false,"currentSteps":17,"currentDistance":2000,"currentDuration":900,"currentCalories":100,)"
         R"("elevationGain":3.5,"currentElevation":40.25,"totalDistance":2000,"elapsedTime":900,)"
         R"("japaneseProgramRawValue":"iwt","japanesePhaseSecondsRemaining":0,"japaneseIsIWTFastPhase":false,)"
@@ -64,15 +65,22 @@ TEST_CASE("copies of a route share its points until one of them goes another way
 }
 
 TEST_CASE("a location with any number that is not finite makes no point") {
-    const CLLocation good{.latitude = 1, .longitude = 2, .altitude = 3, .horizontalAccuracy = 4, .verticalAccuracy = 5,
-                          .course = 6, .speed = 7, .timestamp = Date{Seconds{8}}};
+    const CLLocation good{.latitude = 1,
+                          .longitude = 2,
+                          .altitude = 3,
+                          .horizontalAccuracy = 4,
+                          .verticalAccuracy = 5,
+                          .course = 6,
+                          .speed = 7,
+                          .timestamp = Date{Seconds{8}}};
     const auto point = locationPoint(uuidOf(1), good);
     REQUIRE(point);
     CHECK(locationOf(*point) == good);
     for (const double bad : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
-        for (double CLLocation::*const field :
-             {&CLLocation::latitude, &CLLocation::longitude, &CLLocation::altitude, &CLLocation::horizontalAccuracy,
-              &CLLocation::verticalAccuracy, &CLLocation::course, &CLLocation::speed}) {
+        for (double CLLocation::* const field :
+             {&CLLocation::latitude, &CLLocation::longitude, &CLLocation::altitude,
+              &CLLocation::horizontalAccuracy, &CLLocation::verticalAccuracy, &CLLocation::course,
+              &CLLocation::speed}) {
             CLLocation location = good;
             location.*field = bad;
             CHECK(!locationPoint(uuidOf(1), location));
@@ -86,8 +94,9 @@ TEST_CASE("a location with any number that is not finite makes no point") {
 TEST_CASE("what a receiver does not know is absent from the point") {
     const auto point = locationPoint(uuidOf(1), {.altitude = 100, .horizontalAccuracy = 5});
     REQUIRE(point);
-    CHECK(encodeJson(*point) ==
-          R"({"id":"00000001-0000-0000-0000-000000000000","latitude":0,"longitude":0,"timestamp":0,"horizontalAccuracy":5})");
+    CHECK(
+        encodeJson(*point) ==
+        R"({"id":"00000001-0000-0000-0000-000000000000","latitude":0,"longitude":0,"timestamp":0,"horizontalAccuracy":5})");
     CHECK(locationPoint(uuidOf(1), {.course = 0, .speed = 0})->course == 0.0);
 }
 
@@ -109,10 +118,17 @@ TEST_CASE("holes are filled two deep, and what is no hole stays text") {
         if (name == "loop") return {{0, "{" + Hole{"loop", 0}.text() + "}"}, {1, Hole{"numbers", 3}.text()}};
         return {};
     };
-    CHECK(wholeDocument("[" + Hole{"numbers", 0}.text() + "][" + Hole{"none", 0}.text() + "]", list) == "[1,2,3][]");
+    CHECK(wholeDocument("[" + Hole{"numbers", 0}.text() + "][" + Hole{"none", 0}.text() + "]", list) ==
+          "[1,2,3][]");
     CHECK(wholeDocument(Hole{"loop", 0}.text(), list) == "{{},},1,2,3");
-    CHECK(wholeDocument("[\x1a" "1", list) == "[\x1a" "1");
-    const auto around = takeHolesOut("a" + Hole{"x", 12}.text() + "b\x1a\x1a" "c\x1ay\x1f-\x1a");
+    CHECK(wholeDocument("[\x1a"
+                        "1",
+                        list) ==
+          "[\x1a"
+          "1");
+    const auto around = takeHolesOut("a" + Hole{"x", 12}.text() +
+                                     "b\x1a\x1a"
+                                     "c\x1ay\x1f-\x1a");
     CHECK(around.text == "abc");
     CHECK(around.holes == std::vector<Hole>{{"x", 12}, {"", 0}, {"y", 0}});
 }

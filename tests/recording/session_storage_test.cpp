@@ -42,11 +42,16 @@ public:
     void step() {
         const int number = ++count_;
         switch (random_() % 8) {
-            case 0: return start();
-            case 1: return addSession(number);
-            case 2: return changeSession();
-            case 3: return finish();
-            default: return checkpoint(number);
+            case 0:
+                return start();
+            case 1:
+                return addSession(number);
+            case 2:
+                return changeSession();
+            case 3:
+                return finish();
+            default:
+                return checkpoint(number);
         }
     }
 
@@ -71,7 +76,8 @@ private:
 
     void changeSession() {
         if (model_.sessions.empty()) return;
-        const auto chosen = model_.sessions.begin() + static_cast<std::ptrdiff_t>(random_() % model_.sessions.size());
+        const auto chosen =
+            model_.sessions.begin() + static_cast<std::ptrdiff_t>(random_() % model_.sessions.size());
         const UUID id = chosen->id;
         if (random_() % 2 == 0) {
             chosen->activityType = ActivityType::run;
@@ -130,7 +136,8 @@ TEST_CASE("the parts together are always the document of the whole, in memory an
             REQUIRE(file.document(sessionsKey) == sessions);
             REQUIRE(file.document(inProgressKey) == wholeText(model.checkpoint));
         }
-        for (const auto& [name, parts] : memory.state.lists) REQUIRE(file.documents.list(name) == memory.list(name));
+        for (const auto& [name, parts] : memory.state.lists)
+            REQUIRE(file.documents.list(name) == memory.list(name));
     }
 }
 
@@ -143,13 +150,14 @@ TEST_CASE("changes of a file that cannot all be made are not made at all") {
          {PartsChange(AddPart{"list", 5, "again"}), PartsChange(ReplacePart{"list", 5, "six", "seven"}),
           PartsChange(ReplacePart{"list", 6, "five", std::nullopt}),
           PartsChange(ReplacePart{"nowhere", 5, "five", std::nullopt})}) {
-        const auto written = file.documents.write({AddPart{"list", 9, "nine"}, RemoveList{"other"},
-                                                   SetFrame{"key", std::nullopt}, impossible});
+        const auto written = file.documents.write(
+            {AddPart{"list", 9, "nine"}, RemoveList{"other"}, SetFrame{"key", std::nullopt}, impossible});
         REQUIRE(!written);
         CHECK(written.error().message.find(file.folder.path().string()) != std::string::npos);
         CHECK(file.document("key") == "[front,five]");
     }
-    REQUIRE(file.documents.write({ReplacePart{"list", 5, "five", "FIVE"}, ReplacePart{"list", 4, "front", std::nullopt},
+    REQUIRE(file.documents.write({ReplacePart{"list", 5, "five", "FIVE"},
+                                  ReplacePart{"list", 4, "front", std::nullopt},
                                   AddPart{"list", std::nullopt, "new"}}));
     CHECK(file.document("key") == "[new,FIVE]");
     REQUIRE(file.documents.write({RemoveList{"list"}}));

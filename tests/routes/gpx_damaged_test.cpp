@@ -36,11 +36,14 @@ XmlParser::Source inPiecesOf(std::size_t size, std::string_view document) {
 
 TEST_CASE("what is no XML is told by its kind, and broken XML by the place where it breaks") {
     using namespace std::string_literals;
-    for (const auto& [document, kind] : {std::pair(" \n"s, "empty"), {"\x1F\x8B\x08\x00"s, "a gzip archive"},
-                                         {"PK\x03\x04", "a zip archive"}, {"BZh91AY", "a bzip2 archive"},
+    for (const auto& [document, kind] : {std::pair(" \n"s, "empty"),
+                                         {"\x1F\x8B\x08\x00"s, "a gzip archive"},
+                                         {"PK\x03\x04", "a zip archive"},
+                                         {"BZh91AY", "a bzip2 archive"},
                                          {std::string(257, 'a') + "ustar", "a tar archive"},
                                          {"\uFEFF\n<!DocType HTML><p>moved<br></HTML>", "a web page"},
-                                         {"<html><br></html>", "a web page"}, {"{\"points\": []}", "a JSON document"},
+                                         {"<html><br></html>", "a web page"},
+                                         {"{\"points\": []}", "a JSON document"},
                                          {"$GPGGA,063012", "a receiver's NMEA log"}}) {
         CHECK(failureOf(document) == "It is "s + kind + ".");
     }
@@ -80,8 +83,9 @@ TEST_CASE("an external entity is passed over, an internal one is read") {
 }
 
 TEST_CASE("where a document is cut into pieces does not matter, nor does its encoding") {
-    const std::string content = "<gpx><trk><name>H\xC3\xB6he</name><trkseg><trkpt lat='46.5' lon='14.25'><ele>5</ele>"
-                                "<time>2024-05-01T06:30:12Z</time></trkpt></trkseg></trk></gpx>";
+    const std::string content =
+        "<gpx><trk><name>H\xC3\xB6he</name><trkseg><trkpt lat='46.5' lon='14.25'><ele>5</ele>"
+        "<time>2024-05-01T06:30:12Z</time></trkpt></trkseg></trk></gpx>";
     for (const std::size_t size : {1u, 2u, 7u, 64u}) {
         const auto document = GPXXMLParser(inPiecesOf(size, content), momentOfReading).parse(ExpatParser());
         REQUIRE(document);
@@ -89,8 +93,8 @@ TEST_CASE("where a document is cut into pieces does not matter, nor does its enc
         CHECK(document->segments.at(0).points.at(0).timestamp == dateFromUnix(1714545012));
     }
     CHECK(readGPX("\uFEFF" + content)->trackName == "Höhe");
-    CHECK(readGPX("<?xml version='1.0' encoding='ISO-8859-1'?><gpx><trk><name>H\xF6he</name></trk></gpx>")->trackName ==
-          "Höhe");
+    CHECK(readGPX("<?xml version='1.0' encoding='ISO-8859-1'?><gpx><trk><name>H\xF6he</name></trk></gpx>")
+              ->trackName == "Höhe");
 
     // Points across the borders of windows, and a comment that needs larger ones.
     const std::string many = repeated("<trkpt lat='46.5' lon='14.25'><ele>5.5</ele></trkpt>\n", 20'000);
@@ -101,8 +105,9 @@ TEST_CASE("where a document is cut into pieces does not matter, nor does its enc
 }
 
 TEST_CASE("a document cut off anywhere fails, and changed anywhere does no harm") {
-    const std::string whole = "<gpx><trk><name>a&amp;b</name><trkseg><trkpt lat=\"46.5\" lon=\"14\"><ele>5</ele><time>"
-                              "2024-05-01T06:30:12.5+02:00</time></trkpt></trkseg></trk></gpx>";
+    const std::string whole =
+        "<gpx><trk><name>a&amp;b</name><trkseg><trkpt lat=\"46.5\" lon=\"14\"><ele>5</ele><time>"
+        "2024-05-01T06:30:12.5+02:00</time></trkpt></trkseg></trk></gpx>";
     for (std::size_t length = 0; length < whole.size(); ++length) CHECK(!readGPX(whole.substr(0, length)));
     for (std::size_t place = 0; place < whole.size(); ++place) {
         for (const char change : {'\0', '<', '&', '"', '-', '9', 'e', '\xFF'}) {

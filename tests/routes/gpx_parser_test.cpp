@@ -48,25 +48,35 @@ TEST_CASE("a point has its coordinates, elevation and time, and says which of th
         </trkseg></trk>)");
     REQUIRE(document.segments.size() == 1);
     CHECK(document.segments[0].points ==
-          std::vector<CLLocation>{{.latitude = 46.5, .longitude = -14.25, .altitude = 512.5, .horizontalAccuracy = 5,
-                                   .verticalAccuracy = 5, .timestamp = dateFromUnix(1714545012.25)},
-                                  {.latitude = 47, .longitude = 15, .horizontalAccuracy = 5,
-                                   .timestamp = momentOfReading},
-                                  {.latitude = 91, .longitude = 1e10, .horizontalAccuracy = 5,
-                                   .timestamp = momentOfReading}});
+          std::vector<CLLocation>{
+              {.latitude = 46.5,
+               .longitude = -14.25,
+               .altitude = 512.5,
+               .horizontalAccuracy = 5,
+               .verticalAccuracy = 5,
+               .timestamp = dateFromUnix(1714545012.25)},
+              {.latitude = 47, .longitude = 15, .horizontalAccuracy = 5, .timestamp = momentOfReading},
+              {.latitude = 91, .longitude = 1e10, .horizontalAccuracy = 5, .timestamp = momentOfReading}});
     CHECK(document.segments[0].hasTime == std::vector<bool>{true, false, false});
     CHECK(!document.trackName);
     CHECK(!document.hasRoutePoints);
 }
 
 TEST_CASE("a number is the whole text in decimal notation") {
-    for (const auto& [text, value] : {std::pair("5.", 5.0), {".5", 0.5}, {"+7", 7.0}, {"-3e2", -300.0}, {"1E+1", 10.0},
-                                      {"\u00A05\u3000", 5.0}, {"4.9e-324", 4.9e-324}, {"1e-400", 0.0}, {"0.1", 0.1}}) {
+    for (const auto& [text, value] : {std::pair("5.", 5.0),
+                                      {".5", 0.5},
+                                      {"+7", 7.0},
+                                      {"-3e2", -300.0},
+                                      {"1E+1", 10.0},
+                                      {"\u00A05\u3000", 5.0},
+                                      {"4.9e-324", 4.9e-324},
+                                      {"1e-400", 0.0},
+                                      {"0.1", 0.1}}) {
         CAPTURE(text);
         CHECK(elevationOf(text) == value);
     }
-    for (const char* text : {"", ".", "-", "+-5", "--5", "nan", "-inf", "+infinity", "0x10", "1e", "e5", "1 2", "5,5",
-                             "1_0", "1e400", "5m", "5\u200B"}) {
+    for (const char* text : {"", ".", "-", "+-5", "--5", "nan", "-inf", "+infinity", "0x10", "1e", "e5", "1 2",
+                             "5,5", "1_0", "1e400", "5m", "5\u200B"}) {
         CAPTURE(text);
         CHECK(std::isnan(elevationOf(text)));
     }
@@ -100,8 +110,8 @@ TEST_CASE("route points go where track points go, and leftovers are one last seg
 TEST_CASE("the name is the first within a track that is not blank") {
     CHECK(nameOf("<metadata><name>file</name></metadata><rte><name>route</name></rte>") == "(none)");
     CHECK(nameOf("<name>file</name><trk><name> \u2003 </name><name/></trk><trk><name>b</name></trk>") == "b");
-    CHECK(nameOf("<trk><metadata><name>m</name></metadata><trkpt lat='x'><name>km 1</name></trkpt><name>t</name></trk>") ==
-          "km 1");
+    CHECK(nameOf("<trk><metadata><name>m</name></metadata><trkpt lat='x'><name>km "
+                 "1</name></trkpt><name>t</name></trk>") == "km 1");
     CHECK(nameOf("<trk><name>\u3000a <![CDATA[<b>]]><!-- c --> &amp; &#xe9;\n</name></trk>") == "a <b> & é");
     CHECK(nameOf("<trk><name>lost<i>kept</i> too</name></trk>") == "kept too");
     CHECK(nameOf("<trk><x:name>x</x:name></trk>") == "(none)");

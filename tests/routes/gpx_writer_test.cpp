@@ -35,11 +35,20 @@ std::string writtenPoint(const CLLocation& location) {
 
 TEST_CASE("a document is written to the letter") {
     const std::vector<CLLocation> locations = {
-        {.latitude = 46.123456789012345, .longitude = -14.5, .altitude = 512.25, .verticalAccuracy = 3,
+        {.latitude = 46.123456789012345,
+         .longitude = -14.5,
+         .altitude = 512.25,
+         .verticalAccuracy = 3,
          .timestamp = dateFromUnix(1714545012.25)},
-        {.latitude = 1e-05, .longitude = 180, .altitude = 0, .verticalAccuracy = -1,
+        {.latitude = 1e-05,
+         .longitude = 180,
+         .altitude = 0,
+         .verticalAccuracy = -1,
          .timestamp = dateFromUnix(1714545013.9996)},
-        {.latitude = -0.1, .longitude = 1e-7, .altitude = 0, .verticalAccuracy = 3,
+        {.latitude = -0.1,
+         .longitude = 1e-7,
+         .altitude = 0,
+         .verticalAccuracy = 3,
          .timestamp = dateFromUnix(1714545015)},
     };
     CHECK(writeGPX(locations, "Tom & Jerry's <run> \"x\"", "Hiking", start) ==
@@ -89,8 +98,19 @@ TEST_CASE("what GPX cannot express is left out") {
 
 TEST_CASE("altitudes have the decimal that printf gives them") {
     std::mt19937_64 random(1);
-    std::vector<double> altitudes = {0.05, 0.15, 0.25, 0.35, 2.5, 1234.95, -0.04, -0.05, 9.949999999999999, 9.95, 1e8,
-                                     123456789012.35, std::numeric_limits<double>::max()};
+    std::vector<double> altitudes = {0.05,
+                                     0.15,
+                                     0.25,
+                                     0.35,
+                                     2.5,
+                                     1234.95,
+                                     -0.04,
+                                     -0.05,
+                                     9.949999999999999,
+                                     9.95,
+                                     1e8,
+                                     123456789012.35,
+                                     std::numeric_limits<double>::max()};
     for (int i = 0; i < 2000; ++i) {
         altitudes.push_back(static_cast<double>(static_cast<int>(random() % 200'000) - 50'000) / 20);
         altitudes.push_back(static_cast<double>(random() % 1'000'000'000) / 99'999);

@@ -13,8 +13,8 @@
 
 namespace pedvar {
 
-/// The main executor and the clock of a test. Nothing runs and no time passes until the test says so. `post` may come
-/// from other threads.
+/// The main executor and the clock of a test. Nothing runs and no time passes until the test says so. `post` may
+/// come from other threads.
 class VirtualTime : public MainExecutor, public Clock {
 public:
     explicit VirtualTime(Date start = Date{}) : now_(start) {}

@@ -159,8 +159,8 @@ StoreResult<Connection> HealthDatabase::connectForWriting() {
 }
 
 StoreResult<> HealthDatabase::createFile() {
-    // The file is made before SQLite sees it, which would let others read it. Nobody has locks on it yet that closing it
-    // would take away.
+    // The file is made before SQLite sees it, which would let others read it. Nobody has locks on it yet that
+    // closing it would take away.
     const std::scoped_lock lock(creating_);
     const int file =
         makeFolder(path_.parent_path()) ? ::open(path_.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600) : -1;

@@ -1,13 +1,13 @@
 /// What the elements of an export mean.
 #pragma once
 
-#include "linux/import/export_package.h"
 #include "linux/import/export_reader.h"
 #include "linux/import/export_values.h"
 #include "linux/import/import_batch.h"
 #include "linux/import/numbering.h"
 #include "linux/import/quantity_types.h"
 #include "linux/import/raw_text_cache.h"
+#include "linux/import/route_files.h"
 #include "linux/import/workout_reader.h"
 
 #include <cstdint>

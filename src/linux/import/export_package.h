@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace pedvar {
@@ -25,19 +24,5 @@ struct ExportDocument {
 /// The export documents in `input`, found by what they contain, at least one. In a folder files and archives are
 /// looked at down to four levels; links are not followed.
 ImportResult<std::vector<ExportDocument>> findExports(const std::filesystem::path& input);
-
-/// The route files that came with a document.
-class RouteFiles {
-public:
-    virtual ~RouteFiles() = default;
-
-    /// The text of the GPX file that `reference` ("/workout-routes/route_2024-05-01_6.30am.gpx") names; none when
-    /// it did not come along or is none. The reference is compared with the names that are there, never used as a
-    /// path.
-    virtual std::optional<std::string> read(std::string_view reference) = 0;
-};
-
-/// For a file the folder "workout-routes" beside it, for an entry the archive.
-std::unique_ptr<RouteFiles> routesOf(const ExportDocument& document);
 
 }  // namespace pedvar

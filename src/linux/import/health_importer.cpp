@@ -3,6 +3,7 @@
 #include "linux/import/batch_queue.h"
 #include "linux/import/export_interpreter.h"
 #include "linux/import/export_package.h"
+#include "linux/import/route_files.h"
 #include "platform/health_store.h"
 
 #include <fmt/format.h>

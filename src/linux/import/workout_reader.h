@@ -3,9 +3,9 @@
 
 #include "core/units.h"
 #include "linux/health/samples.h"
-#include "linux/import/export_package.h"
 #include "linux/import/export_values.h"
 #include "linux/import/location_route.h"
+#include "linux/import/route_files.h"
 #include "linux/import/tag.h"
 
 #include <cstdint>

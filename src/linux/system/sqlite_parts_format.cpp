@@ -13,14 +13,18 @@ namespace pedvar {
 
 namespace {
 
-/// A list's rows stand side by side, their places in one row of numbers with those of all other lists: appending to the
-/// newest list, which is the one that grows, appends to the table.
+/// A list's rows stand side by side, their places in one row of numbers with those of all other lists: appending
+/// to the newest list, which is the one that grows, appends to the table.
 std::int64_t placeOf(std::int64_t list, std::int32_t position) {
     constexpr std::int64_t placesOfList = std::int64_t{1} << 32;
     return list * placesOfList + position - std::numeric_limits<std::int32_t>::min();
 }
-std::int64_t firstPlace(std::int64_t list) { return placeOf(list, std::numeric_limits<std::int32_t>::min()); }
-std::int64_t lastPlace(std::int64_t list) { return placeOf(list, std::numeric_limits<std::int32_t>::max()); }
+std::int64_t firstPlace(std::int64_t list) {
+    return placeOf(list, std::numeric_limits<std::int32_t>::min());
+}
+std::int64_t lastPlace(std::int64_t list) {
+    return placeOf(list, std::numeric_limits<std::int32_t>::max());
+}
 
 /// 0 for a list that does not exist.
 std::int64_t numberOf(Connection& connection, std::string_view list) {
@@ -61,8 +65,9 @@ Row rowIn(const Rows& rows) {
 
 /// The first row of the list that ends at `place` or behind it.
 std::optional<Row> rowAt(Connection& connection, std::int64_t list, std::int64_t place) {
-    Rows rows = connection.query("select place, texts from parts where place between ? and ? order by place limit 1",
-                                 place, lastPlace(list));
+    Rows rows =
+        connection.query("select place, texts from parts where place between ? and ? order by place limit 1",
+                         place, lastPlace(list));
     return rows.next() ? std::optional(rowIn(rows)) : std::nullopt;
 }
 
@@ -76,8 +81,8 @@ void erase(Connection& connection, std::int64_t lastPlace) {
     connection.run("delete from parts where place = ?", lastPlace);
 }
 
-/// Small texts that are put before all others share a row, so that reading them all reads few pages, and pages that lie
-/// side by side. Its size stays what it was at first: SQLite then writes only the pages that change.
+/// Small texts that are put before all others share a row, so that reading them all reads few pages, and pages
+/// that lie side by side. Its size stays what it was at first: SQLite then writes only the pages that change.
 void addInFront(Connection& connection, std::int64_t list, const std::string& text) {
     constexpr std::size_t sharedRowSize = 8192;  // bytes
     auto first = rowAt(connection, list, firstPlace(list));
@@ -100,9 +105,10 @@ public:
 
     std::optional<std::string> operator()(const SetFrame& change) {
         if (change.frame) {
-            connection_.run("insert into defaults values(?, ?, ?) "
-                            "on conflict(key) do update set type = excluded.type, value = excluded.value",
-                            std::string_view(change.key), frameType, std::string_view(*change.frame));
+            connection_.run(
+                "insert into defaults values(?, ?, ?) "
+                "on conflict(key) do update set type = excluded.type, value = excluded.value",
+                std::string_view(change.key), frameType, std::string_view(*change.frame));
         } else {
             connection_.run("delete from defaults where key = ?", std::string_view(change.key));
         }

@@ -12,11 +12,11 @@ namespace pedvar {
 
 namespace {
 
-constexpr XML_Index window = 256 * 1024;                  // bytes
-constexpr XML_Index longestToken = 16 * 1024 * 1024;      // bytes
-constexpr float largestExpansion = 100;                   // times the document
-constexpr unsigned long long freeExpansion = 1024 * 1024; // bytes that entities may add to any document
-constexpr std::size_t deepestNesting = 256;               // elements
+constexpr XML_Index window = 256 * 1024;                   // bytes
+constexpr XML_Index longestToken = 16 * 1024 * 1024;       // bytes
+constexpr float largestExpansion = 100;                    // times the document
+constexpr unsigned long long freeExpansion = 1024 * 1024;  // bytes that entities may add to any document
+constexpr std::size_t deepestNesting = 256;                // elements
 
 struct ParserDeleter {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
@@ -39,9 +39,11 @@ public:
         XML_Index bytesRead = 0;
         while (true) {
             // Bytes of a tag whose end has not been seen. Expat starts over with it, so each window doubles it.
-            const XML_Index unfinished = bytesRead - std::max<XML_Index>(XML_GetCurrentByteIndex(parser_.get()), 0);
+            const XML_Index unfinished =
+                bytesRead - std::max<XML_Index>(XML_GetCurrentByteIndex(parser_.get()), 0);
             if (unfinished > longestToken) return failure("a tag or comment is too long");
-            const int size = static_cast<int>(std::min(std::max(window, unfinished), longestToken + 1 - unfinished));
+            const int size =
+                static_cast<int>(std::min(std::max(window, unfinished), longestToken + 1 - unfinished));
             void* buffer = XML_GetBuffer(parser_.get(), size);
             if (buffer == nullptr) return failure("out of memory");
             const std::size_t count = source({static_cast<char*>(buffer), static_cast<std::size_t>(size)});
@@ -57,9 +59,9 @@ public:
 
 private:
     std::unexpected<XmlError> failure(const std::string& what) const {
-        return std::unexpected(XmlError{what + " (line " + std::to_string(XML_GetCurrentLineNumber(parser_.get())) +
-                                        ", column " + std::to_string(XML_GetCurrentColumnNumber(parser_.get())) +
-                                        ")"});
+        return std::unexpected(XmlError{what + " (line " +
+                                        std::to_string(XML_GetCurrentLineNumber(parser_.get())) + ", column " +
+                                        std::to_string(XML_GetCurrentColumnNumber(parser_.get())) + ")"});
     }
 
     static Reading& of(void* userData) { return *static_cast<Reading*>(userData); }
@@ -72,7 +74,8 @@ private:
             return;
         }
         reading.attributes_.clear();
-        for (; *attributes != nullptr; attributes += 2) reading.attributes_.emplace_back(attributes[0], attributes[1]);
+        for (; *attributes != nullptr; attributes += 2)
+            reading.attributes_.emplace_back(attributes[0], attributes[1]);
         reading.handler_.startElement(name, reading.attributes_);
     }
 

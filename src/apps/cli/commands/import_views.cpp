@@ -87,14 +87,13 @@ JsonObject importDocument(const ImportReport& report) {
 }
 
 std::string importView(const ImportReport& report, const Screen& screen) {
+    if (report.counts.read == 0 && !report.isComplete()) return {};
     const ImportCounts& counts = report.counts;
     const Figures& figures = screen.figures;
     std::string result;
     for (const ImportedFile& file : report.files) {
-        if (file.error && file.counts.read == 0) continue;
-        result += harmless(file.name) + "\n";
+        if (!file.error || file.counts.read > 0) result += harmless(file.name) + "\n";
     }
-    if (result.empty()) return result;
     std::vector<std::pair<std::string, std::string>> lines{
         {screen.text("Records read"), figures.number(counts.read)},
         {screen.text("Added"), figures.number(counts.added)},

@@ -130,6 +130,9 @@ std::string view(const JsonObject& document) {
 
 CommandResult<Report> run(const SettingsRequest& request, Application& application) {
     if (request.key && request.value) {
+        // A change rewrites what widgets and watch read, so what they chose meanwhile is taken over before.
+        const auto adopted = commandResult(application.settings().adoptSharedValues(application.today()));
+        if (!adopted) return std::unexpected(adopted.error());
         const auto changed = change(load(application), *request.key, *request.value, application);
         if (!changed) return std::unexpected(changed.error());
     }
