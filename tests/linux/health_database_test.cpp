@@ -177,7 +177,7 @@ TEST_CASE_FIXTURE(HealthStoreFixture, "a batch that fails leaves nothing behind,
     const std::vector<SampleRow> steps = rows({{phone, 0, 30 * hour, 10}, {phone, 0, 60, 10}});
     CHECK(!writer.write(steps, {{walk}}));
     CHECK(!sum(0, day));
-    CHECK(writer.touchedDays(HKQuantityTypeIdentifierStepCount).empty());
+    CHECK(changedDays().empty());
     runIn(database.path(), "DROP TRIGGER full");
     CHECK(writer.write(steps, {{walk}})->samplesAdded == 2);
     CHECK(sum(0, day) == doctest::Approx(20).epsilon(0.001));

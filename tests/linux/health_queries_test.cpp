@@ -80,7 +80,9 @@ TEST_CASE_FIXTURE(Queries, "a zone that is minutes off the quarter hours cuts th
     CHECK(collection(asked, at(-20 * minute), at(day - 18 * minute), {.day = 1}) == std::vector<double>{30, 1});
 
     // What hides the first half of a quarter hour began on the day before.
-    add({{watch, 2 * day - 2 * hour, 130 * minute, 5}, {phone, 2 * day + 60, 60, 7}, {phone, 2 * day + 720, 60, 1}});
+    add({{watch, 2 * day - 2 * hour, 130 * minute, 5},
+         {phone, 2 * day + 60, 60, 7},
+         {phone, 2 * day + 720, 60, 1}});
     REQUIRE(writer.refreshTotals());
     CHECK(sum(2 * day, 2 * day + 5 * minute) == 0);
 }

@@ -118,6 +118,15 @@ public:
         }
         return rows;
     }
+    /// Those that have changed since the last call.
+    ChangedDays changedDays() {
+        ChangedDays days;
+        REQUIRE(administration.settleChangedDays([&days](const ChangedDays& changed) {
+            days = changed;
+            return true;
+        }));
+        return days;
+    }
     std::int64_t add(const std::vector<TestSample>& samples) { return writer.write(rows(samples))->samplesAdded; }
 
     HKResult<HKStatistics> statistics(HKPredicate predicate, HKStatisticsOptions options,

@@ -128,21 +128,27 @@ TEST_CASE_FIXTURE(HealthStoreFixture, "a second copy of a sample adds nothing an
         samples.push_back({phone, (i * 7919) % (9 * day), 60, 0.1 * static_cast<double>(i)});
     CHECK(add(samples) == 500);
     REQUIRE(writer.refreshTotals());
+    changedDays();
     std::ranges::reverse(samples);
     SampleWriter again(database);
     CHECK(*again.source({.kind = SourceKind::phone, .name = "Phone", .hardware = ""}) == phone);
     CHECK(*again.series(HKQuantityTypeIdentifierStepCount, "count") ==
           *writer.series(HKQuantityTypeIdentifierStepCount, "count"));
     CHECK(again.write(rows(samples))->samplesAdded == 0);
-    CHECK(again.touchedDays(HKQuantityTypeIdentifierStepCount).empty());
+    CHECK(changedDays().empty());
     CHECK(administration.examine()->staleDays == 0);
 
     samples.push_back({phone, 20 * day, 0, 1});
     samples.push_back({phone, 21 * day, 0, 1});
     CHECK(again.write(rows(samples))->samplesAdded == 2);
-    CHECK(again.touchedDays(HKQuantityTypeIdentifierStepCount) ==
-          std::vector<Interval>{{at(20 * day), at(22 * day)}});
-    CHECK(again.touchedDays(HKQuantityTypeIdentifierHeartRate).empty());
+    const ChangedDays expected{{HKQuantityTypeIdentifierStepCount, {{at(20 * day), at(22 * day)}}}};
+    CHECK(administration.settleChangedDays([&](const ChangedDays& changed) { return changed != expected; }));
+    CHECK(changedDays() == expected);  // refused above, so they were not forgotten
+    CHECK(changedDays().empty());
+    REQUIRE(again.writeLive(rows({{phone, 20 * day + 60, 60, 3}})));
+    CHECK(changedDays().size() == 1);
+    REQUIRE(administration.setOrder({}));
+    CHECK(changedDays().at(HKQuantityTypeIdentifierStepCount).size() == 2);  // days 0 to 8, days 20 and 21
 }
 
 TEST_CASE_FIXTURE(HealthStoreFixture, "totals that are not what the samples say are found and made anew") {

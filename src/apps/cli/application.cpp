@@ -3,6 +3,8 @@
 #include "apps/cli/companion.h"
 #include "apps/cli/health.h"
 #include "apps/cli/moment.h"
+#include "insights/pace_days.h"
+#include "linux/health/health_administration.h"
 #include "linux/system/clocks.h"
 
 #include <unistd.h>
@@ -79,15 +81,24 @@ void Application::finish(CancellableTask task) {
     loop_.run(ending(std::move(task)));
 }
 
-LinuxSettings Application::linuxSettings() const {
+std::optional<LinuxSettings> Application::storedLinuxSettings() const {
     const auto stored = defaults_.standard().data(linuxSettingsKey);
-    if (!stored) return {};
+    if (!stored) return std::nullopt;
     const auto document = json_.parse(stored->bytes);
-    return document ? decodeLeniently(*document, LinuxSettings()).value_or(LinuxSettings()) : LinuxSettings();
+    return document ? decodeLeniently(*document, LinuxSettings()) : std::nullopt;
+}
+
+LinuxSettings Application::linuxSettings() const {
+    return storedLinuxSettings().value_or(LinuxSettings());
 }
 
 DefaultsResult Application::saveLinuxSettings(const LinuxSettings& settings) {
-    return defaults_.write({{&defaults_.standard(), std::string(linuxSettingsKey), Data{*encodeJson(settings)}}});
+    const UserDefaults& store = defaults_.standard();
+    std::vector<DefaultsChange> changes{{&store, std::string(linuxSettingsKey), Data{*encodeJson(settings)}}};
+    if (!storedLinuxSettings()) {
+        if (auto kept = setAside(store, linuxSettingsKey)) changes.push_back(std::move(*kept));
+    }
+    return defaults_.write(changes);
 }
 
 Screen Application::screen() const {
@@ -120,9 +131,23 @@ CommandResult<Companion*> Application::companion() {
     return companion_.get();
 }
 
+CommandResult<void> Application::forgetChangedDays() {
+    DefaultsResult forgotten;
+    const auto forget = [&](const ChangedDays& changed) {
+        if (const auto steps = changed.find(HKQuantityTypeIdentifierStepCount); steps != changed.end()) {
+            forgotten = forgetPaceDays(defaults_, json_, settings_.calendar(), steps->second);
+        }
+        return forgotten.has_value();
+    };
+    const auto settled = HealthAdministration(health_->database).settleChangedDays(forget);
+    if (!settled) return std::unexpected(errorOf(settled.error()));
+    return commandResult(forgotten);
+}
+
 CommandResult<void> Application::refresh() {
     const auto opened = companion();
     if (!opened) return std::unexpected(opened.error());
+    if (const auto forgotten = forgetChangedDays(); !forgotten) return forgotten;
     loop_.run(refreshed(health_->manager, (*opened)->updater));
     return {};
 }

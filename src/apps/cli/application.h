@@ -63,12 +63,16 @@ public:
     /// The managers that carry changes on to widgets and watch, for commands that write.
     CommandResult<Companion*> companion();
 
-    /// What follows each change: today's totals and the suite that widgets read are made anew.
+    /// What follows each change: today's totals and the suite that widgets read are made anew, and what was
+    /// derived from days that have changed since is forgotten.
     CommandResult<void> refresh();
 
 private:
     Application(const GlobalOptions& options, std::filesystem::path folder, ProcessZone zone,
                 std::unique_ptr<const Clock> clock, Access access);
+
+    CommandResult<void> forgetChangedDays();
+    std::optional<LinuxSettings> storedLinuxSettings() const;
 
     GlobalOptions options_;
     std::filesystem::path folder_;

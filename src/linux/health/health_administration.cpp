@@ -187,6 +187,20 @@ std::vector<LoosePermissions> loosePermissions(const std::filesystem::path& file
     return loose;
 }
 
+ChangedDays changedDays(Connection& connection) {
+    ChangedDays changed;
+    Rows rows = connection.query(
+        "SELECT identifier, day FROM changed_days JOIN series ON series.id = series ORDER BY identifier, day");
+    while (rows.next()) {
+        std::vector<Interval>& intervals = changed[std::string(rows.text(0))];
+        const DayNumber day = rows.integer(1);
+        const Date start = dateOfMilliseconds(startOf(day));
+        if (intervals.empty() || intervals.back().end < start) intervals.push_back({start, start});
+        intervals.back().end = dateOfMilliseconds(startOf(day + 1));
+    }
+    return changed;
+}
+
 StoreResult<> changeTotals(HealthDatabase& database, const std::function<StoreResult<>(Connection&)>& change,
                            const std::function<bool(double)>& progress) {
     auto connection = database.connectForWriting();
@@ -244,6 +258,22 @@ StoreResult<> HealthAdministration::setOrder(std::span<const std::string> labels
         return {};
     };
     return changeTotals(database_, change, progress);
+}
+
+StoreResult<> HealthAdministration::settleChangedDays(const std::function<bool(const ChangedDays&)>& act) {
+    const auto hasAny = look(database_, false, [](Connection& connection) {
+        return connection.number("SELECT EXISTS (SELECT 1 FROM changed_days)") != 0;
+    });
+    if (!hasAny) return std::unexpected(hasAny.error());
+    if (!*hasAny) return {};
+    auto connection = database_.connectForWriting();
+    if (!connection) return std::unexpected(std::move(connection.error()));
+    return attempt(database_.name(), [&] {
+        Transaction transaction(*connection, Transaction::Kind::write);
+        if (!act(changedDays(*connection))) return;
+        connection->run("DELETE FROM changed_days");
+        transaction.commit();
+    });
 }
 
 StoreResult<StoreExamination> HealthAdministration::examine() const {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -52,6 +53,9 @@ struct StoreExamination {
     std::vector<LoosePermissions> permissions;
 };
 
+/// By type, joined days of 24 hours UTC each, in order.
+using ChangedDays = std::map<std::string, std::vector<Interval>, std::less<>>;
+
 /// What the command line asks of the store and does to it. A store that does not exist is empty.
 class HealthAdministration {
 public:
@@ -68,6 +72,10 @@ public:
     /// Puts the sources with these labels first, in this order; the others keep theirs behind them. All totals are
     /// made anew; `progress` as in SampleWriter::refreshTotals.
     StoreResult<> setOrder(std::span<const std::string> labels, const std::function<bool(double)>& progress = {});
+
+    /// Hands `act` the intervals in which sums have changed since it last succeeded, while nobody changes more of
+    /// them. Calls nobody when none has.
+    StoreResult<> settleChangedDays(const std::function<bool(const ChangedDays&)>& act);
 
     /// Looks at everything and changes nothing; takes seconds for a large store.
     StoreResult<StoreExamination> examine() const;

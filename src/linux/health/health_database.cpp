@@ -20,7 +20,8 @@ constexpr std::int64_t schemaVersion = 1;
 /// so that a second copy of it cannot be.
 ///
 /// A day of a series has a row in `totals` from its first sample on. Its `sums` are right, or NULL while they are
-/// stale; a day without a row has no samples.
+/// stale; a day without a row has no samples. `changed_days` has those whose sums are no longer what others may
+/// have derived from them.
 constexpr const char* schema = R"(
     CREATE TABLE series (
         id INTEGER PRIMARY KEY,
@@ -43,6 +44,7 @@ constexpr const char* schema = R"(
         series INTEGER, day INTEGER, longest INTEGER, sums BLOB,
         PRIMARY KEY (series, day)) WITHOUT ROWID;
     CREATE INDEX stale_totals ON totals (series, day) WHERE sums IS NULL;
+    CREATE TABLE changed_days (series INTEGER, day INTEGER, PRIMARY KEY (series, day)) WITHOUT ROWID;
     CREATE TABLE workouts (
         id INTEGER PRIMARY KEY,
         activity TEXT NOT NULL,

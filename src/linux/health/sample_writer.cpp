@@ -58,14 +58,11 @@ struct SampleWriter::State {
     struct Series {
         std::string type;
         bool isCumulative;
-        std::set<DayNumber> touchedDays = {};
-
-        Series(std::string identifier, bool addsUp) : type(std::move(identifier)), isCumulative(addsUp) {}
     };
     /// What a transaction has done, to be believed when it is committed.
     struct Outcome {
         WriteCounts counts;
-        std::map<std::int32_t, std::set<DayNumber>> touchedDays;  // by series
+        std::set<std::int32_t> series;  // with new samples
     };
 
     explicit State(HealthDatabase& healthDatabase) : database(healthDatabase) {}
@@ -118,10 +115,7 @@ struct SampleWriter::State {
             "SELECT series, start, duration, source, value FROM batch");
         if (added == 0) return 0;
         outcome.counts.samplesAdded += added;
-        forEachRun(rows, startDay,
-                   [&days = outcome.touchedDays[rows.front().series]](std::span<const SampleRow> day) {
-                       days.insert(startDay(day.front()));
-                   });
+        outcome.series.insert(rows.front().series);
         return added;
     }
 
@@ -155,11 +149,7 @@ struct SampleWriter::State {
 
     void tell(const Outcome& outcome) {
         std::vector<std::string> types;
-        for (const auto& [number, days] : outcome.touchedDays) {
-            Series& touched = series.at(number);
-            touched.touchedDays.insert(days.begin(), days.end());
-            types.push_back(touched.type);
-        }
+        for (const std::int32_t number : outcome.series) types.push_back(series.at(number).type);
         if (!types.empty()) database.tellSamplesAdded(types);
     }
 };
@@ -174,7 +164,7 @@ StoreResult<std::int32_t> SampleWriter::series(std::string_view type, std::strin
         return known->second;
     return state_->attempt([&] {
         const std::int32_t number = state_->addSeries(type, unit);
-        state_->series.try_emplace(number, std::string(type), isCumulative(type));
+        state_->series.try_emplace(number, State::Series{std::string(type), isCumulative(type)});
         state_->seriesNumbers.emplace(std::move(key), number);
         return number;
     });
@@ -232,20 +222,6 @@ StoreResult<WriteCounts> SampleWriter::writeLive(std::span<const SampleRow> samp
         state_->tell(outcome);
         return outcome.counts;
     });
-}
-
-std::vector<Interval> SampleWriter::touchedDays(std::string_view type) const {
-    std::set<DayNumber> days;
-    for (const auto& [number, series] : state_->series) {
-        if (series.type == type) days.insert(series.touchedDays.begin(), series.touchedDays.end());
-    }
-    std::vector<Interval> intervals;
-    for (const DayNumber day : days) {
-        const Date start = dateOfMilliseconds(startOf(day));
-        if (intervals.empty() || intervals.back().end != start) intervals.push_back({start, start});
-        intervals.back().end = dateOfMilliseconds(startOf(day + 1));
-    }
-    return intervals;
 }
 
 StoreResult<> SampleWriter::refreshTotals(const std::function<bool(double)>& progress) {

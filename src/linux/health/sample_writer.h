@@ -46,10 +46,6 @@ public:
     /// Writes a few samples and brings their totals up to date in the same transaction.
     StoreResult<WriteCounts> writeLive(std::span<const SampleRow> samples);
 
-    /// The days, of 24 hours UTC each and joined where they follow each other, to which this writer has added
-    /// samples of `type` so far.
-    std::vector<Interval> touchedDays(std::string_view type) const;
-
     /// Makes missing totals. `progress` is told the share done, 0 to 1; returning false stops between two whole
     /// steps.
     StoreResult<> refreshTotals(const std::function<bool(double)>& progress = {});

@@ -42,6 +42,7 @@ void TotalsKeeper::markStale(std::int32_t series, DayNumber day, Span extent, Mi
         connection_.run(
             "UPDATE totals SET sums = NULL WHERE series = ? AND day BETWEEN ? AND ? AND sums IS NOT NULL", series,
             first, last);
+        noteChange(series, first, last);
     };
     connection_.run("INSERT OR IGNORE INTO totals (series, day) VALUES (?, ?)", series, day);
     mark(dayOf(extent.start - longestShortDuration),
@@ -51,6 +52,7 @@ void TotalsKeeper::markStale(std::int32_t series, DayNumber day, Span extent, Mi
 
 void TotalsKeeper::markAllStale() {
     connection_.run("UPDATE totals SET sums = NULL WHERE sums IS NOT NULL");
+    noteChangeOfAll();
 }
 
 void TotalsKeeper::startAnew() {
@@ -66,6 +68,18 @@ void TotalsKeeper::startAnew() {
             "FROM samples WHERE series = ?",
             series);
     }
+    noteChangeOfAll();
+}
+
+void TotalsKeeper::noteChange(std::int32_t series, DayNumber first, DayNumber last) {
+    connection_.run(
+        "INSERT OR IGNORE INTO changed_days SELECT series, day FROM totals WHERE series = ? AND day BETWEEN ? AND "
+        "?",
+        series, first, last);
+}
+
+void TotalsKeeper::noteChangeOfAll() {
+    connection_.run("INSERT OR IGNORE INTO changed_days SELECT series, day FROM totals");
 }
 
 void TotalsKeeper::update(std::int32_t series, Span sample) {
@@ -108,6 +122,7 @@ void TotalsKeeper::updateQuarters(const SampleCounter& counter, std::int32_t ser
     std::optional<DayTotals>& ownDay = days[dayOf(sample.start)];
     if (ownDay) ownDay->longest = std::max(ownDay->longest, sample.end - sample.start);
     for (const DayNumber day : changedDays) store(series, day, *days[day]);
+    noteChange(series, dayOf(starts.start), dayOf(starts.end - 1));
 }
 
 void TotalsKeeper::updateLongShares(const SampleCounter& counter, std::int32_t series, Span sample) {
@@ -120,6 +135,7 @@ void TotalsKeeper::updateLongShares(const SampleCounter& counter, std::int32_t s
             totals.longShares.push_back({other.span.start, other.counted});
         });
         store(series, day, totals);
+        noteChange(series, day, day);
     }
 }
 

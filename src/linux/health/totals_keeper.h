@@ -14,8 +14,8 @@ namespace pedvar {
 
 class Connection;
 
-/// Marks and makes the rows of `totals`. All in the caller's writing transaction, after the samples that it is
-/// about.
+/// Marks and makes the rows of `totals`, and notes the days whose sums change. All in the caller's writing
+/// transaction, after the samples that it is about.
 class TotalsKeeper {
 public:
     explicit TotalsKeeper(Connection& connection) : connection_(connection) {}
@@ -42,6 +42,8 @@ private:
 
     Days load(std::int32_t series, DayNumber first, DayNumber last);
     void store(std::int32_t series, DayNumber day, const DayTotals& totals);
+    void noteChange(std::int32_t series, DayNumber first, DayNumber last);
+    void noteChangeOfAll();
     void updateQuarters(const SampleCounter& counter, std::int32_t series, Span sample);
     void updateLongShares(const SampleCounter& counter, std::int32_t series, Span sample);
     void make(std::int32_t series, DayNumber first, std::size_t dayCount);

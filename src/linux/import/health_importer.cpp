@@ -78,7 +78,6 @@ ImportReport Import::run(std::span<const std::filesystem::path> inputs) {
     writeDocuments();
     if (!report_.failure && !report_.wasStopped) refreshTotals();
     for (const ImportedFile& file : report_.files) report_.counts += file.counts;
-    report_.touchedStepDays = writer_.touchedDays(HKQuantityTypeIdentifierStepCount);
     return std::move(report_);
 }
 

@@ -76,10 +76,9 @@ struct ImportedFile {
 struct ImportReport {
     ImportCounts counts;  // of all files
     std::vector<ImportedFile> files;
-    ExportedPerson person;                  // of the newest export, as far as it says
-    std::vector<Interval> touchedStepDays;  // as SampleWriter::touchedDays tells of steps
-    std::optional<StoreError> failure;      // the store could not be written; whole batches before stay
-    bool wasStopped = false;                // by the person; whole batches before stay
+    ExportedPerson person;              // of the newest export, as far as it says
+    std::optional<StoreError> failure;  // the store could not be written; whole batches before stay
+    bool wasStopped = false;            // by the person; whole batches before stay
 
     /// Everything that was named was read to its end and stored.
     bool isComplete() const;

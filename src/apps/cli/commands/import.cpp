@@ -4,7 +4,6 @@
 #include "apps/cli/health.h"
 #include "apps/cli/interruption.h"
 #include "apps/cli/progress_bar.h"
-#include "insights/pace_days.h"
 #include "linux/import/health_importer.h"
 
 #include <unistd.h>
@@ -42,9 +41,6 @@ std::optional<std::int64_t> ageOn(Day today, std::optional<std::chrono::year_mon
 /// Brings what is kept beside the health store in line with it.
 CommandResult<void> follow(const ImportReport& report, Application& application) {
     SettingsStore& settings = application.settings();
-    const auto forgotten = commandResult(
-        forgetPaceDays(application.defaults(), application.json(), settings.calendar(), report.touchedStepDays));
-    if (!forgotten) return forgotten;
     const ExportedPerson& person = report.person;
     if (const auto age = ageOn(application.today(), person.dateOfBirth); age || person.sex) {
         const auto adopted = commandResult(settings.adoptCharacteristics(age, person.sex));
