@@ -53,8 +53,8 @@ public:
             return;
         }
         const UserDefaults& store = defaults_.standard();
-        if (auto old = store.value(key); old && !storedDocument<Root>(store, json_, key)) {
-            changes_.push_back({&store, std::string(key) + ".unreadable", std::move(old)});
+        if (!storedDocument<Root>(store, json_, key)) {
+            if (auto kept = setAside(store, key)) changes_.push_back(std::move(*kept));
         }
         changes_.push_back({&store, std::string(key), Data{std::move(*document)}});
     }
@@ -212,8 +212,16 @@ DefaultsResult SettingsStore::adoptSharedValues(Day today) {
     if (goal && isValidDailyGoal(*goal) && *goal != personalMetrics().dailyStepGoal) {
         if (auto result = setDailyGoal(*goal, today); !result) return result;
     }
+    if (auto result = reconcileGoal(*shared, today); !result) return result;
     if (auto result = adoptTargetWeight(*shared); !result) return result;
     return adoptPreferences(*shared);
+}
+
+DefaultsResult SettingsStore::reconcileGoal(const UserDefaults& shared, Day today) {
+    const std::int64_t own = personalMetrics().dailyStepGoal;
+    if (own == dailyGoal()) return {};
+    const auto stored = shared.integer(sharedGoalKey);
+    return setDailyGoal(stored && isValidDailyGoal(*stored) ? *stored : own, today);
 }
 
 DefaultsResult SettingsStore::adoptTargetWeight(const UserDefaults& shared) {

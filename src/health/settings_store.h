@@ -61,6 +61,9 @@ public:
     DefaultsResult adoptSharedValues(Day today);
 
 private:
+    /// Where one of the files with the goal was lost or put back, what the other one says holds; where both speak,
+    /// the shared one.
+    DefaultsResult reconcileGoal(const UserDefaults& shared, Day today);
     DefaultsResult adoptTargetWeight(const UserDefaults& shared);
     DefaultsResult adoptPreferences(const UserDefaults& shared);
 

@@ -33,10 +33,9 @@ DefaultsResult savePaceDays(DefaultsDomains& defaults, const JsonParser& json, c
     auto document = encodeJson(days);
     if (!document) return {};
     const UserDefaults& store = defaults.standard();
-    const std::string key(paceDaysKey);
-    std::vector<DefaultsChange> changes{{&store, key, Data{std::move(*document)}}};
-    if (auto old = store.value(key); old && !storedDays(defaults, json)) {
-        changes.push_back({&store, key + ".unreadable", std::move(old)});
+    std::vector<DefaultsChange> changes{{&store, std::string(paceDaysKey), Data{std::move(*document)}}};
+    if (!storedDays(defaults, json)) {
+        if (auto kept = setAside(store, paceDaysKey)) changes.push_back(std::move(*kept));
     }
     return defaults.write(changes);
 }

@@ -39,4 +39,17 @@ std::optional<Data> UserDefaults::data(std::string_view key) const {
     return valueAs<Data>(*this, key);
 }
 
+std::optional<DefaultsChange> setAside(const UserDefaults& store, std::string_view key) {
+    auto value = store.value(key);
+    if (!value) return std::nullopt;
+    const std::string first = std::string(key) + ".unreadable";
+    std::string place = first;
+    for (int copy = 2;; ++copy) {
+        const auto kept = store.value(place);
+        if (!kept || *kept == *value) break;
+        place = first + std::to_string(copy);
+    }
+    return DefaultsChange{&store, std::move(place), std::move(value)};
+}
+
 }  // namespace pedvar

@@ -45,10 +45,23 @@ struct DefaultsChange {
     std::optional<DefaultsValue> value;
 };
 
-/// Why nothing was written, for people.
+/// Why nothing was written or read.
 struct DefaultsError {
-    std::string message;
+    enum class Kind {
+        unwritable,    // the file, its folder or file system
+        full,          // no space left
+        busy,          // another process kept writing for too long
+        damaged,       // what is stored cannot be read
+        notAStore,     // the file is something else
+        newerVersion,  // written by a newer Pedvar
+    };
+    std::string message;  // for people
+    Kind kind = Kind::unwritable;
 };
+
+/// Keeps what stands under `key` and could not be understood: under the key with ".unreadable" behind it, and with
+/// a number behind that where something else is kept already. Nothing when nothing stands there.
+std::optional<DefaultsChange> setAside(const UserDefaults& store, std::string_view key);
 
 using DefaultsResult = std::expected<void, DefaultsError>;
 

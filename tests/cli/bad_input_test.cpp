@@ -112,7 +112,7 @@ TEST_CASE_FIXTURE(BadInput, "a store that is something else is refused by all an
     CHECK(readFile(folder / "foreign/health.sqlite") == letter);
     writeFile(folder / "data/defaults.sqlite", letter);
     data = "data";
-    refused({"today"}, 1, "damaged", "defaults.sqlite");
+    refused({"today"}, 1, "notAStore", "defaults.sqlite");
     CHECK(readFile(folder / "data/defaults.sqlite") == letter);
     const Outcome doctor = runPedvar(folder.path(), {"doctor", "--data", "foreign"});
     CHECK(doctor.exitCode == 1);

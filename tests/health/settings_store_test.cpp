@@ -116,6 +116,17 @@ TEST_CASE_FIXTURE(Settings, "shared values are adopted, and absent keys are no n
     CHECK(settings.preferences().distanceUnit == DistanceUnit::kilometers);
 }
 
+TEST_CASE_FIXTURE(Settings, "a goal that one of the files has lost comes back from the other") {
+    REQUIRE(settings.setDailyGoal(9000, today - days(9)));
+    defaults.sharedDomain.values.clear();
+    REQUIRE(settings.adoptSharedValues(today));
+    CHECK(settings.dailyGoal() == 9000);
+    defaults.standardDomain.values.clear();
+    REQUIRE(settings.adoptSharedValues(today));
+    CHECK(settings.personalMetrics().dailyStepGoal == 9000);
+    CHECK(settings.goalHistory().goalOn(today - days(9)) == 9000);
+}
+
 TEST_CASE_FIXTURE(Settings, "changed preferences are mirrored, so that adoption does not undo them") {
     share("distanceUnit", std::string("km"));
     share("stepColor", std::string("green"));
@@ -150,14 +161,16 @@ TEST_CASE_FIXTURE(Settings, "without stored preferences the week starts as in th
 }
 
 TEST_CASE_FIXTURE(Settings, "a document that does not decode gives the defaults and is kept beside the next one") {
-    for (const char* damaged : {"{\"weekStartsOn\":\"satur", "[]", ""}) {
+    for (const char* damaged : {"{\"weekStartsOn\":\"satur", "[]", "[]", ""}) {
         defaults.setDocument("userPreferences", damaged);
         CHECK(settings.preferences() == defaultPreferences(2, false));
         REQUIRE(settings.savePreferences(settings.preferences()));
-        CHECK(defaults.document("userPreferences.unreadable") == damaged);
     }
-    REQUIRE(settings.savePreferences(settings.preferences()));
-    CHECK(defaults.document("userPreferences.unreadable").empty());
+    CHECK(defaults.document("userPreferences.unreadable") == "{\"weekStartsOn\":\"satur");
+    CHECK(defaults.document("userPreferences.unreadable2") == "[]");
+    CHECK(defaults.document("userPreferences.unreadable3").empty());
+    CHECK(defaults.standardDomain.value("userPreferences.unreadable3"));
+    CHECK(!defaults.standardDomain.value("userPreferences.unreadable4"));
     CHECK(defaults.document("userPreferences").starts_with(R"({"distanceUnit":"kilometers","weightUnit")"));
 }
 

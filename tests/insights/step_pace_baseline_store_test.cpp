@@ -93,6 +93,7 @@ TEST_CASE_FIXTURE(Pace, "a cancelled refresh keeps and saves what it has read") 
 
 TEST_CASE_FIXTURE(Pace, "stored days that do not decode are read again and kept aside, repeated ones count once") {
     for (const std::string damaged : {"[{]", "{}", R"([{"date":0,"hourly":[1,2]}])"}) {
+        defaults.standardDomain.values.clear();
         defaults.setDocument(key, damaged);
         CHECK(newPace().days->empty());
         REQUIRE(savePaceDays(defaults, json, {PaceDay{}, PaceDay{}}));

@@ -216,11 +216,11 @@ TEST_CASE("a file that holds something else is named and never written to") {
     SqliteDefaults defaults(stored.folder.path(), Access::readWrite);
     CHECK(!defaults.standard().value("goal"));
     REQUIRE(defaults.problems().size() == 1);
-    CHECK(defaults.problems()[0].find((stored.folder / standardFile).string()) != std::string::npos);
-    CHECK(defaults.problems()[0].find(reason) != std::string::npos);
+    CHECK(defaults.problems()[0].message.find((stored.folder / standardFile).string()) != std::string::npos);
+    CHECK(defaults.problems()[0].message.find(reason) != std::string::npos);
     const auto written = defaults.write({in(&defaults.standard(), "goal", std::int64_t{2})});
     REQUIRE(!written);
-    CHECK(written.error().message == defaults.problems()[0]);
+    CHECK(written.error().message == defaults.problems()[0].message);
     CHECK(readFile(stored.folder / standardFile) == before);
 }
 

@@ -25,6 +25,24 @@ ErrorKind kindOf(StoreError::Kind kind) {
     return ErrorKind::failed;
 }
 
+ErrorKind kindOf(DefaultsError::Kind kind) {
+    switch (kind) {
+        case DefaultsError::Kind::unwritable:
+            return ErrorKind::unwritable;
+        case DefaultsError::Kind::full:
+            return ErrorKind::full;
+        case DefaultsError::Kind::busy:
+            return ErrorKind::busy;
+        case DefaultsError::Kind::damaged:
+            return ErrorKind::damaged;
+        case DefaultsError::Kind::notAStore:
+            return ErrorKind::notAStore;
+        case DefaultsError::Kind::newerVersion:
+            return ErrorKind::newerVersion;
+    }
+    return ErrorKind::failed;
+}
+
 ErrorKind kindOf(ImportError::Kind kind) {
     switch (kind) {
         case ImportError::Kind::notFound:
@@ -50,7 +68,7 @@ CommandError errorOf(const StoreError& error) {
 }
 
 CommandError errorOf(const DefaultsError& error) {
-    return {ErrorKind::unwritable, error.message};
+    return {kindOf(error.kind), error.message};
 }
 
 CommandError errorOf(const ImportError& error) {

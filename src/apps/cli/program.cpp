@@ -49,7 +49,7 @@ CommandResult<Report> answer(std::span<const char* const> arguments) {
     if (const auto& warning = (*application)->warning()) tell(*warning);
     const auto problems = (*application)->defaults().problems();
     if (!problems.empty() && !std::holds_alternative<DoctorRequest>(request)) {
-        return std::unexpected(CommandError{ErrorKind::damaged, problems.front()});
+        return std::unexpected(errorOf(problems.front()));
     }
     return std::visit([&](const auto& wanted) { return run(wanted, **application); }, request);
 }

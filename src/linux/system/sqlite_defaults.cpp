@@ -24,31 +24,37 @@ namespace {
 constexpr mode_t ownerOnlyFolder = 0700;
 constexpr mode_t ownerOnlyFile = 0600;
 
+/// Why the last call of the system failed.
+DefaultsError systemError() {
+    const auto kind = errno == ENOSPC ? DefaultsError::Kind::full : DefaultsError::Kind::unwritable;
+    return {std::strerror(errno), kind};
+}
+
 /// Why `path` could not be made. Folders that are missing above it are made too.
-std::optional<std::string> makeFolder(const std::filesystem::path& path) {
+std::optional<DefaultsError> makeFolder(const std::filesystem::path& path) {
     if (path.empty() || mkdir(path.c_str(), ownerOnlyFolder) == 0 || errno == EEXIST) return std::nullopt;
-    if (errno != ENOENT) return std::strerror(errno);
+    if (errno != ENOENT) return systemError();
     if (auto reason = makeFolder(path.parent_path())) return reason;
-    return mkdir(path.c_str(), ownerOnlyFolder) == 0 ? std::nullopt : std::optional(std::strerror(errno));
+    return mkdir(path.c_str(), ownerOnlyFolder) == 0 ? std::nullopt : std::optional(systemError());
 }
 
 /// Why the file is neither there nor could be made. An existing file is not opened: closing it would drop the
 /// locks that this process holds on it.
-std::optional<std::string> makeFile(const std::filesystem::path& path) {
+std::optional<DefaultsError> makeFile(const std::filesystem::path& path) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ownerOnlyFile);
     if (file >= 0) {
         close(file);
         return std::nullopt;
     }
-    return errno == EEXIST ? std::nullopt : std::optional(std::strerror(errno));
+    return errno == EEXIST ? std::nullopt : std::optional(systemError());
 }
 
-std::vector<std::string> sentences(std::initializer_list<std::optional<std::string>> found) {
-    std::vector<std::string> sentences;
-    for (const auto& sentence : found) {
-        if (sentence) sentences.push_back(*sentence);
+std::vector<DefaultsError> those(std::initializer_list<std::optional<DefaultsError>> found) {
+    std::vector<DefaultsError> errors;
+    for (const auto& error : found) {
+        if (error) errors.push_back(*error);
     }
-    return sentences;
+    return errors;
 }
 
 /// The second of two files is attached under this name.
@@ -71,21 +77,17 @@ void attach(Connection& connection, const SqliteDefaultsFile& file) {
 }
 
 /// Makes the change; why that was not possible. Leaving early undoes all.
-std::optional<std::string> transact(Connection& connection, std::initializer_list<const char*> schemas,
-                                    const SqliteDefaults::Change& change) {
+std::optional<DefaultsError> transact(Connection& connection, std::initializer_list<const char*> schemas,
+                                      const SqliteDefaults::Change& change) {
     Transaction transaction(connection, Transaction::Kind::write);
     for (const char* schema : schemas) {
         const auto found = holdsDefaults(connection, schema);
         if (!found) return found.error();
         if (!*found) createDefaultsTables(connection, schema);
     }
-    if (auto reason = change(connection)) return reason;
+    if (auto reason = change(connection)) return DefaultsError{std::move(*reason)};
     transaction.commit();
     return std::nullopt;
-}
-
-std::unexpected<DefaultsError> refused(std::string message) {
-    return std::unexpected(DefaultsError{std::move(message)});
 }
 
 }  // namespace
@@ -127,10 +129,12 @@ DefaultsResult SqliteDefaults::changeStandard(const Change& change) {
 }
 
 DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) {
-    if (access_ == Access::readOnly) return refused("The settings were opened only to be looked at.");
+    if (access_ == Access::readOnly) {
+        return std::unexpected(DefaultsError{"The settings were opened only to be looked at."});
+    }
     if (files.empty()) return {};
     for (const SqliteDefaultsFile* file : files) {
-        if (const auto problem = file->problem()) return refused(*problem);
+        if (const auto problem = file->problem()) return std::unexpected(*problem);
     }
     std::error_code unknown;
     if (!std::filesystem::exists(standard_.path(), unknown)) standardWriter_.reset();
@@ -140,11 +144,12 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
         if (!reason) reason = makeFile(file->path());
     }
     if (!reason) reason = transactOver(files, change);
-    if (reason) return refused(fmt::format("The settings in {} were not changed: {}.", folder.string(), *reason));
-    return {};
+    if (!reason) return {};
+    return std::unexpected(DefaultsError{
+        fmt::format("The settings in {} were not changed: {}.", folder.string(), reason->message), reason->kind});
 }
 
-std::optional<std::string> SqliteDefaults::transactOver(const Files& files, const Change& change) {
+std::optional<DefaultsError> SqliteDefaults::transactOver(const Files& files, const Change& change) {
     try {
         if (files.size() > 1) {
             const auto connection = connect(*files.front(), patience_);
@@ -160,12 +165,12 @@ std::optional<std::string> SqliteDefaults::transactOver(const Files& files, cons
     }
 }
 
-std::vector<std::string> SqliteDefaults::problems() const {
-    return sentences({standard_.problem(), shared_.problem()});
+std::vector<DefaultsError> SqliteDefaults::problems() const {
+    return those({standard_.problem(), shared_.problem()});
 }
 
-std::vector<std::string> SqliteDefaults::damages() const {
-    return sentences({standard_.damage(), shared_.damage()});
+std::vector<DefaultsError> SqliteDefaults::damages() const {
+    return those({standard_.damage(), shared_.damage()});
 }
 
 }  // namespace pedvar

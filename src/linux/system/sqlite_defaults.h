@@ -39,11 +39,11 @@ public:
     using Change = std::function<std::optional<std::string>(Connection&)>;
     DefaultsResult changeStandard(const Change& change);
 
-    /// Why values could not be read, a sentence for each file; empty when they could, and when there are none.
-    std::vector<std::string> problems() const;
+    /// Why values could not be read, for each file; empty when they could, and when there are none.
+    std::vector<DefaultsError> problems() const;
 
     /// The same after both files have been checked whole.
-    std::vector<std::string> damages() const;
+    std::vector<DefaultsError> damages() const;
 
 private:
     using Files = std::vector<const SqliteDefaultsFile*>;
@@ -51,7 +51,7 @@ private:
     /// One transaction over the one or two files, which are made if need be.
     DefaultsResult change(const Files& files, const Change& change);
     /// Why the change of existing files was not possible.
-    std::optional<std::string> transactOver(const Files& files, const Change& change);
+    std::optional<DefaultsError> transactOver(const Files& files, const Change& change);
 
     Access access_;
     std::chrono::milliseconds patience_;

@@ -25,28 +25,34 @@ std::vector<Part> SqliteDefaultsFile::list(std::string_view name) const {
     return read(readList, name);
 }
 
-std::optional<std::string> SqliteDefaultsFile::problem() const {
+std::optional<DefaultsError> SqliteDefaultsFile::problem() const {
     open();
     return problem_;
 }
 
-std::optional<std::string> SqliteDefaultsFile::damage() const {
+std::optional<DefaultsError> SqliteDefaultsFile::damage() const {
     open();
     if (!connection_) return problem_;
     try {
         Rows findings = connection_->query("pragma integrity_check(1)");
-        if (findings.next() && findings.text(0) != "ok") fail(fmt::format("it is damaged ({})", findings.text(0)));
+        if (findings.next() && findings.text(0) != "ok") {
+            fail({fmt::format("it is damaged ({})", findings.text(0)), DefaultsError::Kind::damaged});
+        }
     } catch (const SqliteFailure& failure) {
         fail(reasonOf(failure));
     }
     return problem_;
 }
 
+std::vector<std::string> SqliteDefaultsFile::keysSetAside() const {
+    return read(+[](Connection& connection, std::string_view) { return readKeysSetAside(connection); }, {});
+}
+
 void SqliteDefaultsFile::open() const {
     if (connection_ || problem_) return;
     std::error_code error;
     if (const auto status = std::filesystem::status(path_, error); !std::filesystem::exists(status)) {
-        if (status.type() != std::filesystem::file_type::not_found) fail(error.message());
+        if (status.type() != std::filesystem::file_type::not_found) fail({error.message()});
         return;
     }
     try {
@@ -73,8 +79,9 @@ Found SqliteDefaultsFile::read(Found (*find)(Connection&, std::string_view), std
     }
 }
 
-void SqliteDefaultsFile::fail(std::string_view reason) const {
-    problem_ = fmt::format("The settings in {} cannot be read: {}.", path_.string(), reason);
+void SqliteDefaultsFile::fail(const DefaultsError& reason) const {
+    problem_ = {fmt::format("The settings in {} cannot be read: {}.", path_.string(), reason.message),
+                reason.kind};
 }
 
 }  // namespace pedvar

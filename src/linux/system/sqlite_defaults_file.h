@@ -33,10 +33,13 @@ public:
     std::vector<Part> list(std::string_view name) const;
 
     /// Why values could not be read, a sentence; opens the file to see. Stays for the life of this object.
-    std::optional<std::string> problem() const;
+    std::optional<DefaultsError> problem() const;
 
     /// What a check of the whole file finds, a sentence. Takes as long as reading the file.
-    std::optional<std::string> damage() const;
+    std::optional<DefaultsError> damage() const;
+
+    /// The keys of values that were set aside because nobody could read them.
+    std::vector<std::string> keysSetAside() const;
 
 private:
     /// Opens the file if it is there, holds defaults and is not open yet.
@@ -44,12 +47,12 @@ private:
     /// What `find` finds in the open file; a default where there is nothing to read, and where that fails.
     template <class Found>
     Found read(Found (*find)(Connection&, std::string_view), std::string_view name) const;
-    void fail(std::string_view reason) const;
+    void fail(const DefaultsError& reason) const;
 
     std::filesystem::path path_;
     std::chrono::milliseconds patience_;
     mutable std::unique_ptr<Connection> connection_;  // null while there is nothing to read
-    mutable std::optional<std::string> problem_;
+    mutable std::optional<DefaultsError> problem_;
 };
 
 }  // namespace pedvar

@@ -48,12 +48,15 @@ private:
 
 }  // namespace
 
-std::expected<bool, std::string> holdsDefaults(Connection& connection, std::string_view schema) {
+std::expected<bool, DefaultsError> holdsDefaults(Connection& connection, std::string_view schema) {
     const std::int64_t version = connection.number(fmt::format("pragma {}.user_version", schema));
     if (version == formatVersion) return true;
-    if (version > formatVersion) return std::unexpected("it was written by a newer Pedvar");
+    if (version > formatVersion) {
+        return std::unexpected(
+            DefaultsError{"it was written by a newer Pedvar", DefaultsError::Kind::newerVersion});
+    }
     if (connection.number(fmt::format("select count(*) from {}.sqlite_schema", schema)) == 0) return false;
-    return std::unexpected("it is a database of something else");
+    return std::unexpected(DefaultsError{"it is a database of something else", DefaultsError::Kind::notAStore});
 }
 
 void createDefaultsTables(Connection& connection, std::string_view schema) {
@@ -80,30 +83,38 @@ std::optional<DefaultsValue> readDefault(Connection& connection, std::string_vie
     return std::nullopt;
 }
 
+std::vector<std::string> readKeysSetAside(Connection& connection) {
+    std::vector<std::string> keys;
+    Rows rows = connection.query("select key from defaults where key glob '*.unreadable*' order by key");
+    while (rows.next()) keys.emplace_back(rows.text(0));
+    return keys;
+}
+
 void writeDefault(Connection& connection, std::string_view schema, std::string_view key,
                   const std::optional<DefaultsValue>& value) {
     if (value) return std::visit(ValueWriter(connection, schema, key), *value);
     connection.run(fmt::format("delete from {}.defaults where key = ?", schema), key);
 }
 
-std::string reasonOf(const SqliteFailure& failure) {
+DefaultsError reasonOf(const SqliteFailure& failure) {
+    using enum DefaultsError::Kind;
     switch (failure.primaryCode()) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return "another process keeps writing there";
+            return {"another process keeps writing there", busy};
         case SQLITE_FULL:
-            return "there is no space left on the disk";
+            return {"there is no space left on the disk", full};
         case SQLITE_READONLY:
         case SQLITE_PERM:
-            return "the file or its folder is read-only";
+            return {"the file or its folder is read-only", unwritable};
         case SQLITE_CANTOPEN:
-            return "the file or one beside it cannot be opened";
+            return {"the file or one beside it cannot be opened", unwritable};
         case SQLITE_NOTADB:
-            return "the file is not a database";
+            return {"the file is not a database", notAStore};
         case SQLITE_CORRUPT:
-            return "the file is damaged";
+            return {"the file is damaged", damaged};
         default:
-            return failure.what();
+            return {failure.what(), unwritable};
     }
 }
 

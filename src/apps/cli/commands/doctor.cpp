@@ -31,7 +31,13 @@ void add(Findings& findings, const StoreExamination& examination, const Screen& 
 }
 
 Findings examine(Application& application) {
-    Findings findings{.problems = application.defaults().damages()};
+    Findings findings;
+    for (const DefaultsError& damage : application.defaults().damages())
+        findings.problems.push_back(damage.message);
+    for (const std::string& key : application.defaults().standardFile().keysSetAside()) {
+        findings.problems.push_back(application.text()(
+            "A stored document could not be read; it is kept under \"{}\" in the settings.", key));
+    }
     const auto health = application.health();
     if (!health) {
         findings.problems.push_back(health.error().message);
