@@ -107,8 +107,9 @@ std::array<std::int64_t, 24> wholeHours(const HourTotals& totals) {
     std::int64_t counted = 0;
     for (std::size_t hour = 0; hour < hours.size(); ++hour) {
         sum += totals[hour];
-        hours[hour] = wholeNumber(sum) - counted;
-        counted += hours[hour];
+        const std::int64_t total = std::max(wholeNumber(sum), counted);  // never fewer, whatever sources claim
+        hours[hour] = total - counted;
+        counted = total;
     }
     return hours;
 }

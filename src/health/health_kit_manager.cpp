@@ -38,6 +38,10 @@ WeekData weekOf(Day weekStart, std::vector<DailyStepData> days, Day today) {
     return result;
 }
 
+Date weekStartOf(const Calendar& calendar, Date moment) {
+    return calendar.start(calendar.weekStart(calendar.day(moment)));
+}
+
 /// Keeps `flag` up while at least one of them lives.
 class Mark {
 public:
@@ -62,6 +66,7 @@ HealthKitManager::HealthKitManager(MainExecutor& executor, const Clock& clock, H
                                    SettingsStore& settings, HealthDiagnostics& diagnostics,
                                    StepGoalNotifications& notificationManager)
     : currentSelectedDate(clock.now()),
+      currentWeekStart(weekStartOf(settings.calendar(), clock.now())),
       loading(executor),
       executor_(executor),
       clock_(clock),

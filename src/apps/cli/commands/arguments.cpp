@@ -5,6 +5,9 @@
 namespace pedvar {
 namespace {
 
+// The week around a later one reaches into a year of five digits.
+constexpr Day lastDay{std::chrono::local_days(std::chrono::year(9999) / 12 / 24)};
+
 template <class Number>
 std::optional<Number> parse(std::string_view name) {
     Number number{};
@@ -19,7 +22,7 @@ std::optional<Number> parse(std::string_view name) {
 CommandResult<Day> dayNamed(std::string_view name, Day today, const Texts& text) {
     if (name == "today") return today;
     if (name == "yesterday") return today - std::chrono::days(1);
-    if (const auto day = parseDay(name)) return *day;
+    if (const auto day = parseDay(name); day && *day <= lastDay) return *day;
     return usageError(text("\"{}\" is no day; one is written like 2024-05-01, today or yesterday.", name));
 }
 
