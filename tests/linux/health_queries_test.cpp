@@ -227,7 +227,7 @@ TEST_CASE_FIXTURE(Queries, "readers go on while another connection writes, and s
 TEST_CASE_FIXTURE(Queries, "what was asked is answered before the store ends") {
     std::atomic<int> answers = 0;
     {
-        SqliteHealthStore ending(time, database, zone, 3);
+        SqliteHealthStore ending(time, database, zone, {}, 3);
         for (int i = 0; i < 50; ++i) {
             ending.execute(HKStatisticsQuery{{}, {}, {}, [&](const HKResult<HKStatistics>&) { ++answers; }});
         }

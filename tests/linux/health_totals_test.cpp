@@ -121,6 +121,16 @@ TEST_CASE_FIXTURE(HealthStoreFixture, "a live save leaves the totals it touches 
     CHECK(sum(day, 2 * day) == 7);
 }
 
+TEST_CASE_FIXTURE(HealthStoreFixture, "a look from an earlier moment sees nothing that began later") {
+    const std::int32_t phone = source(SourceKind::phone, "Phone");
+    add({{phone, 0, 60, 5}, {phone, 8 * hour, 600, 20}, {phone, 9 * hour, 60, 1}, {phone, day, 60, 300}});
+    REQUIRE(writer.refreshTotals());
+    SqliteHealthStore earlier(time, database, zone, at(9 * hour));
+    CHECK(collection(earlier, at(0), at(2 * day), {.day = 1})[0] == 25);
+    CHECK(std::isnan(collection(earlier, at(0), at(2 * day), {.day = 1})[1]));
+    CHECK(collection(earlier, at(0), at(day), {.hour = 1}).size() == 24);
+}
+
 TEST_CASE_FIXTURE(HealthStoreFixture, "a second copy of a sample adds nothing and makes nothing stale") {
     const std::int32_t phone = source(SourceKind::phone, "Phone");
     std::vector<TestSample> samples;

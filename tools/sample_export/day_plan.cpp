@@ -128,7 +128,7 @@ Day planDay(sys_days date, int number, int daysMet, const Options& options) {
     if (day.hasWatch && !isPhoneAtHome && random.happens(35)) day.watchOffFrom = random.within(20 * 60, 22 * 60);
     DayFiller(day, random).fill(target(number, isWeekend(date) || isVacation, daysMet, random));
     if (isPhoneAtHome) day.isPhoneCarried.fill(false);
-    if (number == 0) std::fill(day.steps.begin() + exportMinute, day.steps.end(), std::uint8_t{0});
+    if (number == 0) std::fill(day.steps.begin() + options.exportMinute, day.steps.end(), std::uint8_t{0});
     return day;
 }
 

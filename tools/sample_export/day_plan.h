@@ -11,12 +11,12 @@ namespace pedvar::sample {
 struct Options {
     int days = 184;  // half a year
     std::chrono::sys_days lastDay = std::chrono::sys_days{std::chrono::year{2026} / 6 / 14};
+    int exportMinute = 18 * 60;  // of the last day, when the export is made
     std::uint64_t seed = 1;
     bool isDense = false;  // watch samples of seconds instead of minutes
 };
 
 constexpr int minutesOfDay = 24 * 60;
-constexpr int exportMinute = 18 * 60;  // of the last day, when the export is made
 constexpr int dailyGoal = 10'000;
 
 /// Consecutive minutes with steps, as the clock shows them: [first, end).

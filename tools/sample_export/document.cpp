@@ -218,7 +218,7 @@ void writeSummary(const Day& day, TextOutput& output) {
 }  // namespace
 
 std::int64_t exportTime(const Options& options) {
-    return berlinTime(options.lastDay, exportMinute);
+    return berlinTime(options.lastDay, options.exportMinute);
 }
 
 bool writeDocument(const std::vector<Day>& days, const Options& options, std::FILE* file) {

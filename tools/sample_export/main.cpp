@@ -19,10 +19,11 @@ namespace {
 constexpr const char* usage =
     R"(Writes a health export of an invented person, the same for the same options.
 
-sample_export [--days N] [--end YYYY-MM-DD] [--seed N] [--dense] [--out FOLDER|-]
+sample_export [--days N] [--end YYYY-MM-DD] [--time HH:MM] [--seed N] [--dense] [--out FOLDER|-]
 
   --days N           how many days, the last one included (184)
-  --end YYYY-MM-DD   the last day, which ends at 18:00 with the export (2026-06-14)
+  --end YYYY-MM-DD   the last day, on which the export is made (2026-06-14)
+  --time HH:MM       when on that day (18:00)
   --seed N           another person (1)
   --dense            samples of seconds: some 1,200 of steps a day
   --out FOLDER       where the folder "health_export" is made (.); - writes the document to standard output
@@ -50,6 +51,13 @@ std::optional<std::chrono::sys_days> readDate(std::string_view text) {
     return isRead && date.ok() ? std::optional(std::chrono::sys_days(date)) : std::nullopt;
 }
 
+std::optional<int> readMinute(std::string_view text) {
+    int hour = 0, minute = 0;
+    const bool isRead = text.size() == 5 && text[2] == ':' && readNumber(text.substr(0, 2), hour) &&
+                        readNumber(text.substr(3), minute) && 0 <= hour && hour < 24 && 0 <= minute && minute < 60;
+    return isRead ? std::optional(hour * 60 + minute) : std::nullopt;
+}
+
 bool readOption(std::string_view name, std::string_view value, CommandLine& line) {
     constexpr int mostDays = 100 * 365;
     if (name == "--out") {
@@ -60,6 +68,11 @@ bool readOption(std::string_view name, std::string_view value, CommandLine& line
         const auto date = readDate(value);
         if (date) line.options.lastDay = *date;
         return date.has_value();
+    }
+    if (name == "--time") {
+        const auto minute = readMinute(value);
+        if (minute) line.options.exportMinute = *minute;
+        return minute.has_value();
     }
     if (name == "--seed") return readNumber(value, line.options.seed);
     if (name != "--days" || !readNumber(value, line.options.days)) return false;

@@ -113,7 +113,8 @@ Screen Application::screen() const {
 
 CommandResult<Health*> Application::health() {
     if (!health_) {
-        const HealthSurroundings surroundings{loop_, *clock_, *zone_.rules, settings_, log_};
+        const std::optional<Date> horizon = options_.now ? std::optional(clock_->now()) : std::nullopt;
+        const HealthSurroundings surroundings{loop_, *clock_, *zone_.rules, settings_, log_, horizon};
         auto opened = std::make_unique<Health>(surroundings, folder_ / "health.sqlite");
         if (const auto sound = opened->database.verify(); !sound) return std::unexpected(errorOf(sound.error()));
         health_ = std::move(opened);

@@ -119,6 +119,13 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
         help.erase(help.find_last_not_of('\n') + 2);
         line.wish = Information{"help", std::move(help)};
         return line;
+    } catch (const CLI::ExtrasError& error) {
+        if (app.get_subcommands().empty() && !app.remaining().empty()) {
+            const std::string unknown = app.remaining().front();
+            return usageError(fmt::format("There is no {} \"{}\"; `pedvar --help` lists them.",
+                                          unknown.starts_with('-') ? "option" : "command", unknown));
+        }
+        return usageError(fmt::format("{}; `pedvar --help` tells more.", error.what()));
     } catch (const CLI::ParseError& error) {
         return usageError(fmt::format("{}; `pedvar --help` tells more.", error.what()));
     }

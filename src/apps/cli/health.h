@@ -17,6 +17,7 @@ struct HealthSurroundings {
     const ZoneRules& zone;
     SettingsStore& settings;
     PlatformLog& log;
+    std::optional<Date> horizon;  // what lies behind it is not looked at
 };
 
 /// The objects from the store's file up to its manager, in the order in which they need each other.
@@ -24,7 +25,7 @@ class Health {
 public:
     Health(const HealthSurroundings& surroundings, const std::filesystem::path& file)
         : database(file),
-          store_(surroundings.executor, database, surroundings.zone),
+          store_(surroundings.executor, database, surroundings.zone, surroundings.horizon),
           diagnostics_(surroundings.log),
           manager(surroundings.executor, surroundings.clock, store_, surroundings.settings, diagnostics_,
                   notifications_) {}

@@ -69,9 +69,10 @@ struct SqliteHealthStore::State {
     };
 
     State(MainExecutor& executor, HealthDatabase& healthDatabase, const ZoneRules& zoneRules,
-          std::size_t threadCount)
+          std::optional<Date> latest, std::size_t threadCount)
         : database(healthDatabase),
           zone(zoneRules),
+          horizon(latest),
           writer(healthDatabase),
           news(executor),
           newsOfDatabase(healthDatabase.onSamplesAdded([told = news](const auto& types) { told.tell(types); })),
@@ -79,11 +80,17 @@ struct SqliteHealthStore::State {
 
     HealthDatabase& database;
     const ZoneRules& zone;
+    std::optional<Date> horizon;
     std::mutex writing;  // guards the writer
     SampleWriter writer;
     NewSampleNews news;
     Subscription newsOfDatabase;
     WorkerPool<Worker> pool;
+
+    HKPredicate visible(HKPredicate predicate) const {
+        if (horizon) predicate.end = std::min(predicate.end, *horizon);
+        return predicate;
+    }
 
     /// Answers with what `read` makes of the store, or with `whenEmpty` while there is none.
     template <class Answer, class Read>
@@ -137,8 +144,8 @@ struct SqliteHealthStore::State {
 };
 
 SqliteHealthStore::SqliteHealthStore(MainExecutor& executor, HealthDatabase& database, const ZoneRules& zone,
-                                     std::size_t highestThreadCount)
-    : state_(std::make_unique<State>(executor, database, zone, highestThreadCount)) {}
+                                     std::optional<Date> horizon, std::size_t highestThreadCount)
+    : state_(std::make_unique<State>(executor, database, zone, horizon, highestThreadCount)) {}
 SqliteHealthStore::~SqliteHealthStore() = default;
 
 void SqliteHealthStore::getRequestStatusForAuthorization(const HKTypeSets&,
@@ -159,8 +166,8 @@ void SqliteHealthStore::execute(HKStatisticsQuery query) {
     HKStatistics empty;
     empty.interval = interval;
     state_->answer(std::move(query.completionHandler), std::move(empty),
-                   [type = std::move(query.quantityType), predicate = predicate, options = query.options,
-                    interval](HealthReader& reader) -> HKResult<HKStatistics> {
+                   [type = std::move(query.quantityType), predicate = state_->visible(predicate),
+                    options = query.options, interval](HealthReader& reader) -> HKResult<HKStatistics> {
                        auto statistics = reader.statistics(type, predicate, options, {&interval, 1});
                        if (!statistics) return std::unexpected(std::move(statistics.error()));
                        return std::move(statistics->front());
@@ -184,14 +191,15 @@ void SqliteHealthStore::execute(HKStatisticsCollectionQuery query) {
     std::vector<HKStatistics> empty(intervals.size());
     for (std::size_t i = 0; i < intervals.size(); ++i) empty[i].interval = intervals[i];
     state_->answer(std::move(query.initialResultsHandler), std::move(empty),
-                   [type = std::move(query.quantityType), predicate = predicate, options = query.options,
-                    intervals = std::move(intervals)](HealthReader& reader) {
+                   [type = std::move(query.quantityType), predicate = state_->visible(predicate),
+                    options = query.options, intervals = std::move(intervals)](HealthReader& reader) {
                        return reader.statistics(type, predicate, options, intervals);
                    });
 }
 
 void SqliteHealthStore::execute(HKSampleQuery query) {
     auto completion = std::move(query.resultsHandler);
+    query.predicate = state_->visible(query.predicate);
     state_->answer(std::move(completion), std::vector<HKQuantitySample>(),
                    [query = std::move(query)](HealthReader& reader) {
                        return HKResult<std::vector<HKQuantitySample>>(reader.samples(query));

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 
 namespace pedvar {
 
@@ -18,9 +19,10 @@ namespace pedvar {
 /// so a request completes at once. Failures have the domain "SQLite" and its extended code, or "PedvarStore".
 class SqliteHealthStore : public HKHealthStore {
 public:
-    /// Keeps references to all. The intervals of collection queries follow the clock of `zone`.
+    /// Keeps references to all. The intervals of collection queries follow the clock of `zone`. With a `horizon`
+    /// queries see the store as if no sample had started at that moment or later.
     SqliteHealthStore(MainExecutor& executor, HealthDatabase& database, const ZoneRules& zone,
-                      std::size_t highestThreadCount = 2);
+                      std::optional<Date> horizon = {}, std::size_t highestThreadCount = 2);
     /// Answers what is asked already, then ends its threads.
     ~SqliteHealthStore() override;
 
