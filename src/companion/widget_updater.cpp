@@ -42,6 +42,7 @@ Task<> WidgetUpdater::update() {
     const auto lastSevenDays = co_await health_.fetchLastSevenDays();
     group_.saveWeeklySteps(lastSevenDays);
     widgets_.reloadAllTimelines();
+    co_await health_.rememberStreaks();
 }
 
 }  // namespace pedvar

@@ -20,6 +20,9 @@ class ZoneRules {
 public:
     virtual ~ZoneRules() = default;
 
+    /// Tells zones apart ("Europe/Berlin").
+    virtual std::string name() const = 0;
+
     /// What the zone's clocks show at `moment`.
     virtual LocalTime localTime(Date moment) const = 0;
 
@@ -35,6 +38,7 @@ public:
     Calendar(const ZoneRules& zone, int firstWeekday);
 
     int firstWeekday() const { return firstWeekday_; }
+    std::string zoneName() const { return zone_->name(); }
     LocalTime localTime(Date moment) const { return zone_->localTime(moment); }
     Date instant(LocalTime time) const { return zone_->instant(time); }
 

@@ -42,6 +42,8 @@ Date weekStartOf(const Calendar& calendar, Date moment) {
     return calendar.start(calendar.weekStart(calendar.day(moment)));
 }
 
+constexpr std::string_view streakMemoryKey = "streaks";
+
 /// Keeps `flag` up while at least one of them lives.
 class Mark {
 public:
@@ -163,20 +165,54 @@ void HealthKitManager::adoptSharedValues() {
     if (!result) diagnostics_.log(LogLevel::error, "HKDiag settings not saved: " + result.error().message);
 }
 
+std::optional<KnownStreaks> HealthKitManager::knownStreaks(const std::string& memory, Day day) const {
+    const auto decoded = settings_.decode<StreakMemory>(memory);
+    return decoded ? known(*decoded, day, settings_.calendar(), settings_.goalHistory()) : std::nullopt;
+}
+
 Task<> HealthKitManager::updateStreaks() {
     const Calendar calendar = settings_.calendar();
+    const GoalHistory goals = settings_.goalHistory();
     const Day last = today();
-    Streaks streaks;
-    const auto oldest = co_await activity_.fetchOldestStepDate(clock_.now(), QueryPriority::normal);
-    if (oldest) {
-        const Day first = calendar.day(*oldest);
-        const auto steps = co_await activity_.fetchDailySteps(first, last, calendar, QueryPriority::normal);
-        if (steps) streaks = streaksOf(first, *steps, settings_.goalHistory());
+
+    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
+    Completion<HKResult<RecalledText>> answer(executor_);
+    healthStore_.recall(std::string(streakMemoryKey), type, answer.resolver());
+    const auto recalled = co_await answer;
+    auto past = recalled && recalled->text ? knownStreaks(*recalled->text, last) : std::nullopt;
+    if (!past) {
+        const auto oldest = co_await activity_.fetchOldestStepDate(clock_.now(), QueryPriority::normal);
+        past = KnownStreaks{{}, oldest ? calendar.day(*oldest) : last};
     }
+    const auto steps = co_await activity_.fetchDailySteps(past->until, last, calendar, QueryPriority::normal);
     if (co_await isCancelled()) co_return;
+
+    unremembered_.reset();
+    Streaks streaks;
+    if (steps && !steps->empty()) {
+        const std::span<const std::int64_t> daysOver = std::span(*steps).first(steps->size() - 1);
+        const Streaks before = streaksAfter(past->streaks, past->until, daysOver, goals);
+        streaks = streaksOn(last, before, steps->back(), goals);
+        if (recalled && !daysOver.empty()) unremembered_ = CountedStreaks{{before, last}, recalled->state};
+    }
     currentStreak = streaks.current;
     longestStreak = streaks.longest;
     lastMetDate = streaks.lastMet;
+}
+
+Task<> HealthKitManager::rememberStreaks() {
+    if (!unremembered_) co_return;
+    const auto [counted, state] = *std::exchange(unremembered_, std::nullopt);
+    const Calendar calendar = settings_.calendar();
+    const StreakMemory memory = remembered(counted, calendar, settings_.goalHistory());
+    DerivedDocument document{std::string(streakMemoryKey),
+                             {HKQuantityTypeIdentifierStepCount},
+                             calendar.start(counted.until),
+                             *encodeJson(memory)};
+    Completion<HKResult<void>> answer(executor_);
+    healthStore_.keep(std::move(document), state, answer.resolver());
+    const auto kept = co_await answer;
+    if (!kept) diagnostics_.log(LogLevel::error, "HKDiag streaks not remembered: " + describe(kept.error()));
 }
 
 Task<std::vector<std::int64_t>> HealthKitManager::fetchLastSevenDays() {

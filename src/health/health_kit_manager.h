@@ -9,6 +9,7 @@
 #include "health/loading_state.h"
 #include "health/settings_store.h"
 #include "health/step_records.h"
+#include "health/streak_memory.h"
 #include "platform/clock.h"
 #include "platform/health_store.h"
 #include "platform/step_goal_notifications.h"
@@ -65,6 +66,9 @@ public:
     Task<> refreshToday();
     /// Publishes both streaks, over everything in the store.
     Task<> updateStreaks();
+    /// Lets the store remember what the last update found of the days before today, so that the next one need not
+    /// count them.
+    Task<> rememberStreaks();
     /// Oldest day first, today last.
     Task<std::vector<std::int64_t>> fetchLastSevenDays();
 
@@ -78,7 +82,14 @@ public:
     std::int64_t activeQueryCount() const { return reads_.activeQueryCount(); }
 
 private:
+    /// The streaks when `until` began, as they follow from a state of the store.
+    struct CountedStreaks {
+        KnownStreaks streaks;
+        std::int64_t state;
+    };
+
     Task<HKAuthorizationRequestStatus> fetchRequestStatus();
+    std::optional<KnownStreaks> knownStreaks(const std::string& memory, Day day) const;
     void adoptSharedValues();
     Task<> fetchDay(Day day);
     Task<> fetchWeek(Day weekStart);
@@ -100,6 +111,7 @@ private:
     ActivityReads activity_;
     bool hasRequestedAuthorization_ = false;
     int refreshCount_ = 0;  // running refreshes
+    std::optional<CountedStreaks> unremembered_;
     std::optional<CancellableTask> dayFetchTask_, weekFetchTask_, monthFetchTask_;
     CoalescedWork refresh_;
     Subscription newSamples_;

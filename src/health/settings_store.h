@@ -39,6 +39,13 @@ public:
     /// 1 = Sunday ... 7 = Saturday; the region's own without stored preferences.
     int firstWeekday() const;
     Calendar calendar() const;
+    /// What a document of ours says; none when it does not decode.
+    template <class Value>
+    std::optional<Value> decode(std::string_view text) const {
+        const auto document = json_.parse(text);
+        return document ? decodeJson<Value>(*document) : std::nullopt;
+    }
+
     /// The code of the language in effect ("de").
     std::string languageCode() const;
 

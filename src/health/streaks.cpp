@@ -4,21 +4,21 @@
 
 namespace pedvar {
 
-Streaks streaksOf(Day first, std::span<const std::int64_t> dailySteps, const GoalHistory& goals) {
-    Streaks streaks;
-    const std::size_t count = dailySteps.size();
-    for (std::size_t i = 0; i < count; ++i) {
-        const Day day = first + std::chrono::days(i);
-        const bool isToday = i + 1 == count;
-        if (dailySteps[i] >= goals.goalOn(day)) {
-            ++streaks.current;
-            streaks.longest = std::max(streaks.longest, streaks.current);
-            streaks.lastMet = day;
-        } else if (!isToday) {
-            streaks.current = 0;
-        }
+Streaks streaksAfter(Streaks before, Day first, std::span<const std::int64_t> dailySteps,
+                     const GoalHistory& goals) {
+    Streaks streaks = before;
+    Day day = first;
+    for (const std::int64_t steps : dailySteps) {
+        const bool isMet = steps >= goals.goalOn(day);
+        streaks = isMet ? streaksOn(day, streaks, steps, goals) : Streaks{0, streaks.longest, streaks.lastMet};
+        day += std::chrono::days(1);
     }
     return streaks;
+}
+
+Streaks streaksOn(Day today, Streaks before, std::int64_t steps, const GoalHistory& goals) {
+    if (steps < goals.goalOn(today)) return before;
+    return {before.current + 1, std::max(before.longest, before.current + 1), today};
 }
 
 }  // namespace pedvar

@@ -153,6 +153,21 @@ struct HKSampleQuery {
     HKHandler<std::vector<HKQuantitySample>> resultsHandler;
 };
 
+/// What was made of the sums of `type` before `until`.
+struct DerivedDocument {
+    std::string key;
+    HKQuantityType type;
+    Date until;
+    std::string text;
+};
+
+/// What `HKHealthStore::recall` finds: nothing once a sum that the text was made of has changed. `state` changes
+/// with the samples of the type.
+struct RecalledText {
+    std::optional<std::string> text;
+    std::int64_t state = 0;
+};
+
 enum class HKUpdateFrequency { immediate = 1, hourly = 2, daily = 3, weekly = 4 };
 
 /// Everything that Pedvar asks to read or write.
@@ -178,6 +193,10 @@ public:
     virtual void execute(HKStatisticsQuery query) = 0;
     virtual void execute(HKStatisticsCollectionQuery query) = 0;
     virtual void execute(HKSampleQuery query) = 0;
+
+    virtual void recall(std::string key, HKQuantityType type, HKHandler<RecalledText> completion) = 0;
+    /// Keeps the document, unless the samples of its type are no longer in `state`.
+    virtual void keep(DerivedDocument document, std::int64_t state, HKHandler<void> completion) = 0;
 
     /// Stores all samples or none, as written by Pedvar.
     virtual void save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) = 0;

@@ -142,6 +142,28 @@ TEST_CASE_FIXTURE(Manager, "streaks look over the whole store, across a change o
     CHECK(manager.lastMetDate.value() == today - days(2));
 }
 
+TEST_CASE_FIXTURE(Manager, "remembered streaks go on where they ended, unless goals or zone have changed since") {
+    REQUIRE(settings.rememberFirstGoal(today - days(20)));
+    for (int daysAgo = 3; daysAgo < 13; ++daysAgo) walk(20'000, daysAgo);
+    time.run(manager.updateStreaks());
+    time.run(manager.rememberStreaks());
+    REQUIRE(store.derived.size() == 1);
+    CHECK(store.derived.begin()->second.until == settings.calendar().start(today));
+
+    store.samples.clear();  // what is remembered shows where the samples would not
+    time.advance(days(1));
+    walk(20'000, -1);
+    time.run(manager.updateStreaks());
+    CHECK(manager.longestStreak == 10);
+    CHECK(manager.currentStreak == 1);
+    REQUIRE(settings.setDailyGoal(11'000, today + days(1)));
+    time.run(manager.updateStreaks());
+    CHECK(manager.longestStreak == 10);
+    REQUIRE(settings.setDailyGoal(12'000, today - days(1)));
+    time.run(manager.updateStreaks());
+    CHECK(manager.longestStreak == 1);
+}
+
 TEST_CASE_FIXTURE(Manager, "the last seven days are oldest first, today last") {
     for (int daysAgo = 0; daysAgo < 9; ++daysAgo) walk(100 * (daysAgo + 1), daysAgo);
     CHECK(time.run(manager.fetchLastSevenDays()) == std::vector<std::int64_t>{700, 600, 500, 400, 300, 200, 100});

@@ -121,6 +121,36 @@ TEST_CASE_FIXTURE(HealthStoreFixture, "a live save leaves the totals it touches 
     CHECK(sum(day, 2 * day) == 7);
 }
 
+TEST_CASE_FIXTURE(HealthStoreFixture, "what was made of sums is recalled until one of them changes") {
+    const std::int32_t phone = source(SourceKind::phone, "Phone");
+    add({{phone, 0, 60, 5}});
+    const HKQuantityType steps{HKQuantityTypeIdentifierStepCount};
+    const auto recall = [&] {
+        return *answerTo<RecalledText>(
+            [&](HKHandler<RecalledText> handler) { store.recall("a", steps, std::move(handler)); });
+    };
+    const auto keep = [&](std::int64_t state) {
+        return answerTo<void>([&](HKHandler<void> handler) {
+            store.keep({"a", steps, at(10 * day), "text"}, state, std::move(handler));
+        });
+    };
+    const std::int64_t before = recall().state;
+    REQUIRE(keep(before));
+    CHECK(recall().text == "text");
+    REQUIRE(writer.writeLive(rows({{phone, 11 * day, 60, 1}})));
+    add({{phone, 12 * day, 60, 1}});
+    CHECK(recall().text == "text");
+    for (const std::int64_t second : {10 * day - 1, std::int64_t{60}}) {
+        REQUIRE(writer.writeLive(rows({{phone, second, 1, 1}})));
+        CHECK(!recall().text);
+        REQUIRE(keep(before));
+        CHECK(!recall().text);  // it was made of other sums
+        REQUIRE(keep(recall().state));
+    }
+    REQUIRE(administration.setOrder({}));
+    CHECK(!recall().text);
+}
+
 TEST_CASE_FIXTURE(HealthStoreFixture, "a look from an earlier moment sees nothing that began later") {
     const std::int32_t phone = source(SourceKind::phone, "Phone");
     add({{phone, 0, 60, 5}, {phone, 8 * hour, 600, 20}, {phone, 9 * hour, 60, 1}, {phone, day, 60, 300}});

@@ -28,6 +28,7 @@ public:
     std::optional<HKError> authorizationError;
     int authorizationRequests = 0;
     Event<> samplesAdded;
+    std::map<std::string, DerivedDocument> derived;
 
     void add(const char* type, HKUnit unit, double value, Date start, HKSource source = {}, Seconds length = {}) {
         samples.push_back({{type}, HKQuantity(unit, value), start, start + length, std::move(source)});
@@ -74,6 +75,14 @@ public:
     void requestAuthorization(const HKTypeSets&, HKHandler<void> completion) override {
         ++authorizationRequests;
         authorizationError ? completion(std::unexpected(*authorizationError)) : completion({});
+    }
+    void recall(std::string key, HKQuantityType, HKHandler<RecalledText> completion) override {
+        const auto found = derived.find(key);
+        completion(RecalledText{found == derived.end() ? std::nullopt : std::optional(found->second.text), 0});
+    }
+    void keep(DerivedDocument document, std::int64_t, HKHandler<void> completion) override {
+        derived[document.key] = document;
+        completion({});
     }
     void save(std::vector<HKQuantitySample>, HKHandler<void> completion) override { completion({}); }
     void enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency, HKHandler<void> completion) override {

@@ -4,6 +4,7 @@
 #include "core/calendar.h"
 
 #include <algorithm>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,8 @@ public:
 
     explicit FakeZone(std::chrono::minutes first, std::vector<Change> changes = {})
         : first_(first), changes_(std::move(changes)) {}
+
+    std::string name() const override { return std::to_string(first_.count()); }
 
     LocalTime localTime(Date moment) const override {
         std::chrono::minutes offset = first_;

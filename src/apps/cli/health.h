@@ -18,6 +18,7 @@ struct HealthSurroundings {
     SettingsStore& settings;
     PlatformLog& log;
     std::optional<Date> horizon;  // what lies behind it is not looked at
+    std::size_t threadCount = 0;  // of the store; without any, it answers on the thread that asks
 };
 
 /// The objects from the store's file up to its manager, in the order in which they need each other.
@@ -25,7 +26,8 @@ class Health {
 public:
     Health(const HealthSurroundings& surroundings, const std::filesystem::path& file)
         : database(file),
-          store_(surroundings.executor, database, surroundings.zone, surroundings.horizon),
+          store_(surroundings.executor, database, surroundings.zone, surroundings.horizon,
+                 surroundings.threadCount),
           diagnostics_(surroundings.log),
           manager(surroundings.executor, surroundings.clock, store_, surroundings.settings, diagnostics_,
                   notifications_) {}

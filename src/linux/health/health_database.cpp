@@ -21,13 +21,15 @@ constexpr std::int64_t schemaVersion = 1;
 ///
 /// A day of a series has a row in `totals` from its first sample on. Its `sums` are right, or NULL while they are
 /// stale; a day without a row has no samples. `changed_days` has those whose sums are no longer what others may
-/// have derived from them.
+/// have made of them; what is in `derived` was made of sums before `until`, and goes when one of them changes.
+/// `state` counts the changes of a series.
 constexpr const char* schema = R"(
     CREATE TABLE series (
         id INTEGER PRIMARY KEY,
         identifier TEXT NOT NULL,
         unit TEXT NOT NULL,
         longest INTEGER NOT NULL DEFAULT 0,
+        state INTEGER NOT NULL DEFAULT 0,
         UNIQUE (identifier, unit));
     CREATE TABLE sources (
         id INTEGER PRIMARY KEY,
@@ -45,6 +47,7 @@ constexpr const char* schema = R"(
         PRIMARY KEY (series, day)) WITHOUT ROWID;
     CREATE INDEX stale_totals ON totals (series, day) WHERE sums IS NULL;
     CREATE TABLE changed_days (series INTEGER, day INTEGER, PRIMARY KEY (series, day)) WITHOUT ROWID;
+    CREATE TABLE derived (key TEXT PRIMARY KEY, type TEXT NOT NULL, until INTEGER NOT NULL, text TEXT NOT NULL);
     CREATE TABLE workouts (
         id INTEGER PRIMARY KEY,
         activity TEXT NOT NULL,

@@ -1,6 +1,7 @@
 #include "linux/health/health_reader.h"
 
 #include "linux/health/cumulative_types.h"
+#include "linux/health/totals_keeper.h"
 
 #include <algorithm>
 #include <chrono>
@@ -59,6 +60,14 @@ HKSource sourceOf(const std::map<std::int32_t, HKSource>& known, std::int32_t nu
 
 bool HealthReader::isConnected() {
     return connection_.number("SELECT EXISTS (SELECT 1 FROM sources)") != 0;
+}
+
+RecalledText HealthReader::recall(std::string_view key, std::string_view type) {
+    Transaction moment(connection_, Transaction::Kind::read);
+    RecalledText recalled{.state = stateOf(connection_, type)};
+    Rows rows = connection_.query("SELECT text FROM derived WHERE key = ? AND type = ?", key, type);
+    if (rows.next()) recalled.text = rows.text(0);
+    return recalled;
 }
 
 std::optional<HealthReader::Series> HealthReader::findSeries(const std::string& type) {

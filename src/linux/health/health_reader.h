@@ -31,6 +31,8 @@ public:
 
     std::vector<HKQuantitySample> samples(const HKSampleQuery& query);
 
+    RecalledText recall(std::string_view key, std::string_view type);
+
 private:
     struct Series {
         std::int32_t number;

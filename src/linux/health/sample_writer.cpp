@@ -224,6 +224,18 @@ StoreResult<WriteCounts> SampleWriter::writeLive(std::span<const SampleRow> samp
     });
 }
 
+StoreResult<> SampleWriter::keep(const DerivedDocument& document, std::int64_t state) {
+    return state_->attempt([&] {
+        Connection& connection = *state_->connection;
+        Transaction transaction(connection, Transaction::Kind::write);
+        if (stateOf(connection, document.type.identifier) != state) return;
+        connection.run("INSERT OR REPLACE INTO derived (key, type, until, text) VALUES (?, ?, ?, ?)",
+                       std::string_view(document.key), std::string_view(document.type.identifier),
+                       millisecondsOf(document.until), std::string_view(document.text));
+        transaction.commit();
+    });
+}
+
 StoreResult<> SampleWriter::refreshTotals(const std::function<bool(double)>& progress) {
     return state_->attempt([&] {
         TotalsKeeper totals(*state_->connection);

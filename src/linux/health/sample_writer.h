@@ -3,6 +3,7 @@
 
 #include "linux/health/samples.h"
 #include "linux/health/store_error.h"
+#include "platform/health_store.h"
 
 #include <functional>
 #include <memory>
@@ -45,6 +46,9 @@ public:
 
     /// Writes a few samples and brings their totals up to date in the same transaction.
     StoreResult<WriteCounts> writeLive(std::span<const SampleRow> samples);
+
+    /// Keeps the document, unless the samples of its type are no longer in `state`.
+    StoreResult<> keep(const DerivedDocument& document, std::int64_t state);
 
     /// Makes missing totals. `progress` is told the share done, 0 to 1; returning false stops between two whole
     /// steps.

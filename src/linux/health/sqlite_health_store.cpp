@@ -60,6 +60,26 @@ private:
     std::shared_ptr<Observers> observers_;
 };
 
+StoreResult<> storeSamples(SampleWriter& writer, std::span<const HKQuantitySample> samples) {
+    const auto source = writer.source({.kind = SourceKind::own, .name = "Pedvar", .hardware = ""});
+    if (!source) return std::unexpected(source.error());
+    std::vector<SampleRow> rows;
+    for (const HKQuantitySample& sample : samples) {
+        const auto unit = keptSymbol(sample.quantity.dimension());
+        const auto series = writer.series(sample.type.identifier, unit);
+        if (!series) return std::unexpected(series.error());
+        const Milliseconds start = millisecondsOf(sample.start);
+        rows.push_back({.series = *series,
+                        .source = *source,
+                        .start = start,
+                        .duration = millisecondsOf(sample.end) - start,
+                        .value = sample.quantity.doubleValue(*unitNamed(unit))});
+    }
+    const auto written = writer.writeLive(rows);
+    if (!written) return std::unexpected(written.error());
+    return {};
+}
+
 }  // namespace
 
 struct SqliteHealthStore::State {
@@ -121,25 +141,17 @@ struct SqliteHealthStore::State {
         return std::unexpected(healthError(answered.error()));
     }
 
-    StoreResult<> store(std::span<const HKQuantitySample> samples) {
-        const std::scoped_lock lock(writing);
-        const auto source = writer.source({.kind = SourceKind::own, .name = "Pedvar", .hardware = ""});
-        if (!source) return std::unexpected(source.error());
-        std::vector<SampleRow> rows;
-        for (const HKQuantitySample& sample : samples) {
-            const auto unit = keptSymbol(sample.quantity.dimension());
-            const auto series = writer.series(sample.type.identifier, unit);
-            if (!series) return std::unexpected(series.error());
-            const Milliseconds start = millisecondsOf(sample.start);
-            rows.push_back({.series = *series,
-                            .source = *source,
-                            .start = start,
-                            .duration = millisecondsOf(sample.end) - start,
-                            .value = sample.quantity.doubleValue(*unitNamed(unit))});
-        }
-        const auto written = writer.writeLive(rows);
-        if (!written) return std::unexpected(written.error());
-        return {};
+    /// Lets `change` write, one at a time.
+    template <class Change>
+    void write(HKHandler<void> completion, Change change) {
+        pool.add([this, completion = std::move(completion), change = std::move(change)](Worker&) mutable {
+            const auto written = [&] {
+                const std::scoped_lock lock(writing);
+                return change(writer);
+            }();
+            if (!written) return completion(std::unexpected(healthError(written.error())));
+            completion({});
+        });
     }
 };
 
@@ -206,18 +218,27 @@ void SqliteHealthStore::execute(HKSampleQuery query) {
                    });
 }
 
+void SqliteHealthStore::recall(std::string key, HKQuantityType type, HKHandler<RecalledText> completion) {
+    state_->answer(std::move(completion), RecalledText(),
+                   [key = std::move(key), type = std::move(type)](HealthReader& reader) {
+                       return HKResult<RecalledText>(reader.recall(key, type.identifier));
+                   });
+}
+
+void SqliteHealthStore::keep(DerivedDocument document, std::int64_t state, HKHandler<void> completion) {
+    state_->write(std::move(completion), [document = std::move(document), state](SampleWriter& writer) {
+        return writer.keep(document, state);
+    });
+}
+
 void SqliteHealthStore::save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) {
     if (!std::ranges::all_of(samples, isSound)) {
         completion(
             std::unexpected(HKError{errorDomain, invalidArgument, "A sample has no amount or no duration."}));
         return;
     }
-    state_->pool.add(
-        [this, samples = std::move(samples), completion = std::move(completion)](State::Worker&) mutable {
-            const auto stored = state_->store(samples);
-            if (!stored) return completion(std::unexpected(healthError(stored.error())));
-            completion({});
-        });
+    state_->write(std::move(completion),
+                  [samples = std::move(samples)](SampleWriter& writer) { return storeSamples(writer, samples); });
 }
 
 void SqliteHealthStore::enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency,

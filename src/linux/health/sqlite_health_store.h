@@ -13,7 +13,8 @@
 namespace pedvar {
 
 /// Answers from the person's own store, on worker threads of its own that start when they are needed. Completions
-/// are called on those threads. A store that does not exist yet is an empty one; saving creates it.
+/// are called on those threads; without any, on that of the caller before the call returns. A store that does not
+/// exist yet is an empty one; saving creates it.
 ///
 /// The request status is `shouldRequest` until a source was connected, then `unnecessary`; there is nobody to ask,
 /// so a request completes at once. Failures have the domain "SQLite" and its extended code, or "PedvarStore".
@@ -33,6 +34,9 @@ public:
     void execute(HKStatisticsQuery query) override;
     void execute(HKStatisticsCollectionQuery query) override;
     void execute(HKSampleQuery query) override;
+
+    void recall(std::string key, HKQuantityType type, HKHandler<RecalledText> completion) override;
+    void keep(DerivedDocument document, std::int64_t state, HKHandler<void> completion) override;
 
     void save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) override;
 

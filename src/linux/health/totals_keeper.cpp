@@ -37,17 +37,22 @@ std::vector<std::int32_t> cumulativeSeries(Connection& connection) {
 
 }  // namespace
 
+std::int64_t stateOf(Connection& connection, std::string_view type) {
+    return connection.number("SELECT sum(state) FROM series WHERE identifier = ?", type);
+}
+
 void TotalsKeeper::markStale(std::int32_t series, DayNumber day, Span extent, Milliseconds lastStart) {
-    const auto mark = [&](DayNumber first, DayNumber last) {
+    const auto mark = [&](Span starts) {
         connection_.run(
             "UPDATE totals SET sums = NULL WHERE series = ? AND day BETWEEN ? AND ? AND sums IS NOT NULL", series,
-            first, last);
-        noteChange(series, first, last);
+            dayOf(starts.start), dayOf(starts.end));
+        noteChange(series, starts);
     };
     connection_.run("INSERT OR IGNORE INTO totals (series, day) VALUES (?, ?)", series, day);
-    mark(dayOf(extent.start - longestShortDuration),
-         dayOf(std::min(extent.end, lastStart + longestShortDuration)));
-    for (const DayNumber other : daysOfLongSamples(connection_, series, extent)) mark(other, other);
+    mark({extent.start - longestShortDuration, std::min(extent.end, lastStart + longestShortDuration)});
+    for (const DayNumber other : daysOfLongSamples(connection_, series, extent)) {
+        mark({startOf(other), startOf(other + 1) - 1});
+    }
 }
 
 void TotalsKeeper::markAllStale() {
@@ -71,15 +76,20 @@ void TotalsKeeper::startAnew() {
     noteChangeOfAll();
 }
 
-void TotalsKeeper::noteChange(std::int32_t series, DayNumber first, DayNumber last) {
+void TotalsKeeper::noteChange(std::int32_t series, Span starts) {
     connection_.run(
         "INSERT OR IGNORE INTO changed_days SELECT series, day FROM totals WHERE series = ? AND day BETWEEN ? AND "
         "?",
-        series, first, last);
+        series, dayOf(starts.start), dayOf(starts.end));
+    connection_.run("DELETE FROM derived WHERE until > ? AND type = (SELECT identifier FROM series WHERE id = ?)",
+                    starts.start, series);
+    connection_.run("UPDATE series SET state = state + 1 WHERE id = ?", series);
 }
 
 void TotalsKeeper::noteChangeOfAll() {
     connection_.run("INSERT OR IGNORE INTO changed_days SELECT series, day FROM totals");
+    connection_.run("DELETE FROM derived");
+    connection_.run("UPDATE series SET state = state + 1");
 }
 
 void TotalsKeeper::update(std::int32_t series, Span sample) {
@@ -122,7 +132,7 @@ void TotalsKeeper::updateQuarters(const SampleCounter& counter, std::int32_t ser
     std::optional<DayTotals>& ownDay = days[dayOf(sample.start)];
     if (ownDay) ownDay->longest = std::max(ownDay->longest, sample.end - sample.start);
     for (const DayNumber day : changedDays) store(series, day, *days[day]);
-    noteChange(series, dayOf(starts.start), dayOf(starts.end - 1));
+    noteChange(series, {starts.start, starts.end - 1});
 }
 
 void TotalsKeeper::updateLongShares(const SampleCounter& counter, std::int32_t series, Span sample) {
@@ -135,7 +145,7 @@ void TotalsKeeper::updateLongShares(const SampleCounter& counter, std::int32_t s
             totals.longShares.push_back({other.span.start, other.counted});
         });
         store(series, day, totals);
-        noteChange(series, day, day);
+        noteChange(series, {startOf(day), startOf(day + 1) - 1});
     }
 }
 

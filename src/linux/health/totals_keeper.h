@@ -9,10 +9,14 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string_view>
 
 namespace pedvar {
 
 class Connection;
+
+/// Counts the changes of the sums of `type`.
+std::int64_t stateOf(Connection& connection, std::string_view type);
 
 /// Marks and makes the rows of `totals`, and notes the days whose sums change. All in the caller's writing
 /// transaction, after the samples that it is about.
@@ -42,7 +46,7 @@ private:
 
     Days load(std::int32_t series, DayNumber first, DayNumber last);
     void store(std::int32_t series, DayNumber day, const DayTotals& totals);
-    void noteChange(std::int32_t series, DayNumber first, DayNumber last);
+    void noteChange(std::int32_t series, Span starts);
     void noteChangeOfAll();
     void updateQuarters(const SampleCounter& counter, std::int32_t series, Span sample);
     void updateLongShares(const SampleCounter& counter, std::int32_t series, Span sample);

@@ -12,7 +12,7 @@
 namespace pedvar {
 
 /// Runs jobs in the order in which they come, on threads that start when there is more to do than the running ones
-/// take. Ends when all jobs are done.
+/// take; with none at all, on the calling thread, at once. Ends when all jobs are done.
 template <class Context>
 class WorkerPool {
 public:
@@ -32,6 +32,7 @@ public:
     }
 
     void add(Job job) {
+        if (highestThreadCount_ == 0) return job(ownContext_);
         {
             const std::scoped_lock lock(mutex_);
             jobs_.push_back(std::move(job));
@@ -61,7 +62,8 @@ private:
     }
 
     const std::size_t highestThreadCount_;
-    std::mutex mutex_;  // guards what follows
+    Context ownContext_;  // of the calling thread, where it does the work
+    std::mutex mutex_;    // guards what follows
     std::condition_variable changed_;
     std::deque<Job> jobs_;
     std::size_t idleCount_ = 0;

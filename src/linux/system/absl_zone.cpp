@@ -32,6 +32,10 @@ std::unique_ptr<AbslZone> AbslZone::utc() {
     return std::unique_ptr<AbslZone>(new AbslZone(Rules{absl::UTCTimeZone()}));
 }
 
+std::string AbslZone::name() const {
+    return rules_->zone.name();
+}
+
 LocalTime AbslZone::localTime(Date moment) const {
     const double seconds = unixSeconds(moment);
     const int offset = rules_->zone.At(absl::FromUnixSeconds(wholeSeconds(seconds))).offset;

@@ -18,6 +18,8 @@ public:
 
     ~AbslZone() override;
 
+    std::string name() const override;
+
     LocalTime localTime(Date moment) const override;
     Date instant(LocalTime time) const override;
 

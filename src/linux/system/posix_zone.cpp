@@ -3,6 +3,7 @@
 #include "linux/system/whole_seconds.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 
 namespace pedvar {
@@ -35,6 +36,11 @@ bool isPosixZoneRule(std::string_view text) {
 
 PosixZone::PosixZone() {
     tzset();
+}
+
+std::string PosixZone::name() const {
+    const char* const rule = std::getenv("TZ");
+    return rule ? rule : "";
 }
 
 LocalTime PosixZone::localTime(Date moment) const {

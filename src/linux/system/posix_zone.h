@@ -16,6 +16,8 @@ class PosixZone : public ZoneRules {
 public:
     PosixZone();
 
+    std::string name() const override;
+
     LocalTime localTime(Date moment) const override;
     Date instant(LocalTime time) const override;
 };

@@ -23,7 +23,9 @@ ProcessZone utcBecause(std::string_view zone) {
 ProcessZone zoneOfMachine() {
     std::error_code error;
     if (!std::filesystem::exists(machineZone, error)) return {AbslZone::utc(), std::nullopt};
-    if (auto zone = AbslZone::named(machineZone)) return {std::move(zone), std::nullopt};
+    // By the file behind the link, whose path tells zones apart.
+    const auto file = std::filesystem::canonical(machineZone, error);
+    if (auto zone = AbslZone::named(error ? machineZone : file.string())) return {std::move(zone), std::nullopt};
     return utcBecause(machineZone);
 }
 
