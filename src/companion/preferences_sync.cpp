@@ -15,9 +15,10 @@ void PreferencesSync::sync() {
     if (isNewLanguage || areNewPreferences) widgets_.reloadAllTimelines();
 }
 
-DefaultsResult PreferencesSync::changePreferences(const UserPreferences& preferences) {
+DefaultsResult PreferencesSync::changePreferences(const std::function<void(UserPreferences&)>& edit) {
     const UserPreferences before = settings_.preferences();
-    if (auto result = settings_.changePreferences(preferences); !result) return result;
+    if (auto result = settings_.changePreferences(edit); !result) return result;
+    const UserPreferences preferences = settings_.preferences();
     if (preferences.preferredStepColor != before.preferredStepColor) {
         cloud_.pushStepColor(caseName(preferences.preferredStepColor));
     }

@@ -7,6 +7,7 @@
 #include "platform/widget_center.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace pedvar {
 
@@ -19,8 +20,8 @@ public:
     /// Brings cloud and shared suite up to the stored preferences.
     void sync();
 
-    /// Stores `preferences` everywhere.
-    DefaultsResult changePreferences(const UserPreferences& preferences);
+    /// Lets `edit` change the preferences, and stores them everywhere.
+    DefaultsResult changePreferences(const std::function<void(UserPreferences&)>& edit);
     /// Sets the goal from `today` on everywhere. `goal` is valid.
     DefaultsResult setDailyGoal(std::int64_t goal, Day today);
 

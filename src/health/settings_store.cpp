@@ -38,7 +38,7 @@ std::optional<JsonValue> storedDocument(const UserDefaults& store, const JsonPar
     return std::move(*document);
 }
 
-/// What one operation writes, all of it or nothing.
+/// What one operation writes.
 class Changes {
 public:
     Changes(DefaultsDomains& defaults, const JsonParser& json) : defaults_(defaults), json_(json) {}
@@ -66,10 +66,9 @@ public:
         }
     }
 
-    DefaultsResult write() {
-        if (failure_) return std::unexpected(DefaultsError{*failure_});
-        return defaults_.write(changes_);
-    }
+    const std::vector<DefaultsChange>& list() const { return changes_; }
+    /// Why nothing of it can be written.
+    const std::optional<std::string>& failure() const { return failure_; }
 
 private:
     DefaultsDomains& defaults_;
@@ -77,6 +76,19 @@ private:
     std::vector<DefaultsChange> changes_;
     std::optional<std::string> failure_;
 };
+
+/// Lets `plan` read and decide what to write while nobody else writes; writes all of it or nothing.
+template <class Plan>
+DefaultsResult change(DefaultsDomains& defaults, const JsonParser& json, Plan plan) {
+    std::optional<std::string> failure;
+    const auto changed = defaults.update([&] {
+        Changes changes(defaults, json);
+        plan(changes);
+        failure = changes.failure();
+        return failure ? std::vector<DefaultsChange>() : changes.list();
+    });
+    return failure ? std::unexpected(DefaultsError{*failure}) : changed;
+}
 
 std::vector<StoredGoal> storedGoals(const GoalHistory& history) {
     std::vector<StoredGoal> goals;
@@ -103,19 +115,19 @@ UserPreferences SettingsStore::preferences() const {
 }
 
 DefaultsResult SettingsStore::savePreferences(const UserPreferences& preferences) {
-    Changes changes(defaults_, json_);
-    changes.replace(preferencesKey, preferences);
-    return changes.write();
+    return change(defaults_, json_, [&](Changes& changes) { changes.replace(preferencesKey, preferences); });
 }
 
-DefaultsResult SettingsStore::changePreferences(const UserPreferences& preferences) {
-    Changes changes(defaults_, json_);
-    changes.replace(preferencesKey, preferences);
-    changes.share(sharedUnitKey, std::string(sharedName(preferences.distanceUnit)));
-    changes.share(sharedColorKey, std::string(caseName(preferences.preferredStepColor)));
-    changes.share(sharedLanguageKey, languageCodeOf(preferences, locale_));
-    if (auto document = encodeJson(preferences)) changes.share(preferencesKey, Data{std::move(*document)});
-    return changes.write();
+DefaultsResult SettingsStore::changePreferences(const std::function<void(UserPreferences&)>& edit) {
+    return change(defaults_, json_, [&](Changes& changes) {
+        UserPreferences edited = preferences();
+        edit(edited);
+        changes.replace(preferencesKey, edited);
+        changes.share(sharedUnitKey, std::string(sharedName(edited.distanceUnit)));
+        changes.share(sharedColorKey, std::string(caseName(edited.preferredStepColor)));
+        changes.share(sharedLanguageKey, languageCodeOf(edited, locale_));
+        if (auto document = encodeJson(edited)) changes.share(preferencesKey, Data{std::move(*document)});
+    });
 }
 
 int SettingsStore::firstWeekday() const {
@@ -142,23 +154,31 @@ PersonalMetrics SettingsStore::personalMetrics() const {
 }
 
 DefaultsResult SettingsStore::savePersonalMetrics(const PersonalMetrics& metrics) {
-    Changes changes(defaults_, json_);
-    changes.replace(metricsKey, metrics);
-    return changes.write();
+    return change(defaults_, json_, [&](Changes& changes) { changes.replace(metricsKey, metrics); });
+}
+
+DefaultsResult SettingsStore::changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit) {
+    PersonalMetrics edited = personalMetrics();
+    edit(edited);
+    if (edited == personalMetrics()) return {};
+    return change(defaults_, json_, [&](Changes& changes) {
+        edited = personalMetrics();
+        edit(edited);
+        changes.replace(metricsKey, edited);
+    });
 }
 
 DefaultsResult SettingsStore::adoptCharacteristics(std::optional<std::int64_t> age, std::optional<Gender> gender) {
-    const PersonalMetrics stored = personalMetrics();
-    PersonalMetrics metrics = stored;
     const auto adopt = [](auto& field, DataSource& source, const auto& known) {
         const bool isTypedIn = field && source == DataSource::manual;
         if (!known || isTypedIn) return;
         field = known;
         source = DataSource::healthKit;
     };
-    adopt(metrics.age, metrics.ageSource, age);
-    adopt(metrics.gender, metrics.genderSource, gender);
-    return metrics == stored ? DefaultsResult() : savePersonalMetrics(metrics);
+    return changePersonalMetrics([&](PersonalMetrics& metrics) {
+        adopt(metrics.age, metrics.ageSource, age);
+        adopt(metrics.gender, metrics.genderSource, gender);
+    });
 }
 
 std::int64_t SettingsStore::dailyGoal() const {
@@ -181,28 +201,28 @@ GoalHistory SettingsStore::goalHistory() const {
 
 DefaultsResult SettingsStore::setDailyGoal(std::int64_t goal, Day today) {
     check(isValidDailyGoal(goal), "a goal that is none was to be stored");
-    PersonalMetrics metrics = personalMetrics();
-    metrics.dailyStepGoal = goal;
-    metrics.weeklyStepGoal = 7 * goal;
-    GoalHistory goals = goalHistory();
-    goals.add({today, goal});
-
-    Changes changes(defaults_, json_);
-    changes.replace(metricsKey, metrics);
-    changes.replace(goalHistoryKey, storedGoals(goals));
-    changes.share(sharedGoalKey, goal);
-    const UserDefaults* shared = defaults_.shared();
-    if (shared && shared->value(sharedStepGoalKey)) changes.share(sharedStepGoalKey, goal);
-    return changes.write();
+    return change(defaults_, json_, [&](Changes& changes) {
+        PersonalMetrics metrics = personalMetrics();
+        metrics.dailyStepGoal = goal;
+        metrics.weeklyStepGoal = 7 * goal;
+        GoalHistory goals = goalHistory();
+        goals.add({today, goal});
+        changes.replace(metricsKey, metrics);
+        changes.replace(goalHistoryKey, storedGoals(goals));
+        changes.share(sharedGoalKey, goal);
+        const UserDefaults* shared = defaults_.shared();
+        if (shared && shared->value(sharedStepGoalKey)) changes.share(sharedStepGoalKey, goal);
+    });
 }
 
 DefaultsResult SettingsStore::rememberFirstGoal(Day today) {
-    GoalHistory goals = goalHistory();
-    if (!goals.changes().empty()) return {};
-    goals.add({today, dailyGoal()});
-    Changes changes(defaults_, json_);
-    changes.replace(goalHistoryKey, storedGoals(goals));
-    return changes.write();
+    if (!goalHistory().changes().empty()) return {};
+    return change(defaults_, json_, [&](Changes& changes) {
+        GoalHistory goals = goalHistory();
+        if (!goals.changes().empty()) return;
+        goals.add({today, dailyGoal()});
+        changes.replace(goalHistoryKey, storedGoals(goals));
+    });
 }
 
 DefaultsResult SettingsStore::adoptSharedValues(Day today) {
@@ -227,23 +247,24 @@ DefaultsResult SettingsStore::reconcileGoal(const UserDefaults& shared, Day toda
 DefaultsResult SettingsStore::adoptTargetWeight(const UserDefaults& shared) {
     const auto weight = shared.real("targetWeight");
     if (!weight || !std::isfinite(*weight)) return {};
-    PersonalMetrics metrics = personalMetrics();
-    const auto target = *weight > 0 ? weight : std::nullopt;
-    if (metrics.targetWeight == target) return {};
-    metrics.targetWeight = target;
-    return savePersonalMetrics(metrics);
+    return changePersonalMetrics([target = *weight > 0 ? weight : std::nullopt](PersonalMetrics& metrics) {
+        metrics.targetWeight = target;
+    });
 }
 
 DefaultsResult SettingsStore::adoptPreferences(const UserDefaults& shared) {
-    const UserPreferences stored = preferences();
-    UserPreferences adopted = stored;
-    if (const auto unit = shared.text(sharedUnitKey)) {
-        adopted.distanceUnit = *unit == "mi" ? DistanceUnit::miles : DistanceUnit::kilometers;
-    }
-    if (const auto name = shared.text(sharedColorKey)) {
-        adopted.preferredStepColor = caseNamed<StepColor>(*name).value_or(stored.preferredStepColor);
-    }
-    return adopted == stored ? DefaultsResult() : savePreferences(adopted);
+    const auto adopted = [&] {
+        UserPreferences chosen = preferences();
+        if (const auto unit = shared.text(sharedUnitKey)) {
+            chosen.distanceUnit = *unit == "mi" ? DistanceUnit::miles : DistanceUnit::kilometers;
+        }
+        if (const auto name = shared.text(sharedColorKey)) {
+            chosen.preferredStepColor = caseNamed<StepColor>(*name).value_or(chosen.preferredStepColor);
+        }
+        return chosen;
+    };
+    if (adopted() == preferences()) return {};
+    return change(defaults_, json_, [&](Changes& changes) { changes.replace(preferencesKey, adopted()); });
 }
 
 }  // namespace pedvar

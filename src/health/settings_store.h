@@ -10,6 +10,7 @@
 #include "platform/user_defaults.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,7 +22,8 @@ namespace pedvar {
 std::string_view sharedName(DistanceUnit unit);
 
 /// Loads and saves preferences, personal metrics and the goal. Every write is one transaction over all the places
-/// that hold the value. A stored document that does not decode counts as absent; its bytes are kept under the key
+/// that hold the value, and what it depends on is read inside of it: two processes that change something at once
+/// undo nothing of each other's. A stored document that does not decode counts as absent; its bytes are kept under the key
 /// with ".unreadable" behind it when something else is saved.
 class SettingsStore {
 public:
@@ -32,9 +34,9 @@ public:
     UserPreferences preferences() const;
     /// Replaces the stored preferences.
     DefaultsResult savePreferences(const UserPreferences& preferences);
-    /// The same with the values that widgets and watch read beside it, so that adopting their values changes
-    /// nothing.
-    DefaultsResult changePreferences(const UserPreferences& preferences);
+    /// Lets `edit` change them, with the values that widgets and watch read beside them, so that adopting their
+    /// values changes nothing.
+    DefaultsResult changePreferences(const std::function<void(UserPreferences&)>& edit);
 
     /// 1 = Sunday ... 7 = Saturday; the region's own without stored preferences.
     int firstWeekday() const;
@@ -51,6 +53,8 @@ public:
 
     PersonalMetrics personalMetrics() const;
     DefaultsResult savePersonalMetrics(const PersonalMetrics& metrics);
+    /// Lets `edit` change them; it may be called twice.
+    DefaultsResult changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit);
     /// Fills in what the health store knows. What the person typed in stays.
     DefaultsResult adoptCharacteristics(std::optional<std::int64_t> age, std::optional<Gender> gender);
 

@@ -29,7 +29,10 @@ std::vector<PaceDay> loadPaceDays(const DefaultsDomains& defaults, const JsonPar
     return storedDays(defaults, json).value_or(std::vector<PaceDay>());
 }
 
-DefaultsResult savePaceDays(DefaultsDomains& defaults, const JsonParser& json, const std::vector<PaceDay>& days) {
+namespace {
+
+std::vector<DefaultsChange> replacing(const DefaultsDomains& defaults, const JsonParser& json,
+                                      const std::vector<PaceDay>& days) {
     auto document = encodeJson(days);
     if (!document) return {};
     const UserDefaults& store = defaults.standard();
@@ -37,19 +40,35 @@ DefaultsResult savePaceDays(DefaultsDomains& defaults, const JsonParser& json, c
     if (!storedDays(defaults, json)) {
         if (auto kept = setAside(store, paceDaysKey)) changes.push_back(std::move(*kept));
     }
-    return defaults.write(changes);
+    return changes;
 }
 
-DefaultsResult forgetPaceDays(DefaultsDomains& defaults, const JsonParser& json, const Calendar& calendar,
-                              std::span<const Interval> touched) {
+/// The stored days without those that were touched; none when all of them stay.
+std::optional<std::vector<PaceDay>> untouched(const DefaultsDomains& defaults, const JsonParser& json,
+                                              const Calendar& calendar, std::span<const Interval> touched) {
     auto days = storedDays(defaults, json);
-    if (!days) return {};
+    if (!days) return std::nullopt;
     const auto forgotten = std::erase_if(*days, [&](const PaceDay& stored) {
         if (!sensibleDates.contains(stored.date)) return true;
         const Interval day = calendar.interval(calendar.day(stored.date));
         return std::ranges::any_of(touched, [&](const Interval& interval) { return reachesInto(day, interval); });
     });
-    return forgotten == 0 ? DefaultsResult() : savePaceDays(defaults, json, *days);
+    return forgotten == 0 ? std::nullopt : std::move(days);
+}
+
+}  // namespace
+
+DefaultsResult savePaceDays(DefaultsDomains& defaults, const JsonParser& json, const std::vector<PaceDay>& days) {
+    return defaults.write(replacing(defaults, json, days));
+}
+
+DefaultsResult forgetPaceDays(DefaultsDomains& defaults, const JsonParser& json, const Calendar& calendar,
+                              std::span<const Interval> touched) {
+    if (!untouched(defaults, json, calendar, touched)) return {};
+    return defaults.update([&] {
+        const auto days = untouched(defaults, json, calendar, touched);
+        return days ? replacing(defaults, json, *days) : std::vector<DefaultsChange>();
+    });
 }
 
 }  // namespace pedvar

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <expected>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -76,6 +77,9 @@ public:
 
     /// Makes all changes or none, also across domains.
     virtual DefaultsResult write(const std::vector<DefaultsChange>& changes) = 0;
+    /// The same with changes that depend on what is stored: nobody else writes between what `plan` reads and what it
+    /// yields.
+    virtual DefaultsResult update(const std::function<std::vector<DefaultsChange>()>& plan) = 0;
 };
 
 inline constexpr std::string_view appGroupIdentifier = "group.com.pedvarapp.PedvarApp";

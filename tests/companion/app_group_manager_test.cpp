@@ -86,10 +86,10 @@ TEST_CASE_FIXTURE(Group, "the preferences sync reloads the widgets once for what
 TEST_CASE_FIXTURE(Group, "changed preferences and goals reach the cloud and reload the widgets once") {
     auto preferences = settings.preferences();
     preferences.preferredStepColor = StepColor::cyan;
-    REQUIRE(preferencesSync.changePreferences(preferences));
+    REQUIRE(preferencesSync.changePreferences([&](UserPreferences& stored) { stored = preferences; }));
     CHECK(std::ranges::count(trace, "cloud color cyan") == 1);
     CHECK(reloads() == 1);
-    REQUIRE(preferencesSync.changePreferences(preferences));
+    REQUIRE(preferencesSync.changePreferences([&](UserPreferences& stored) { stored = preferences; }));
     CHECK(std::ranges::count(trace, "cloud color cyan") == 1);
     CHECK(reloads() == 1);
 

@@ -134,14 +134,14 @@ TEST_CASE_FIXTURE(Settings, "changed preferences are mirrored, so that adoption 
     preferences.distanceUnit = DistanceUnit::miles;
     preferences.preferredStepColor = StepColor::pink;
     preferences.appLanguage = AppLanguage::englishUK;
-    REQUIRE(settings.changePreferences(preferences));
+    REQUIRE(settings.changePreferences([&](UserPreferences& stored) { stored = preferences; }));
     CHECK(defaults.transactions == 1);
     CHECK(shared("appLanguage") == DefaultsValue(std::string("en-GB")));
     REQUIRE(settings.adoptSharedValues(today));
     CHECK(settings.preferences() == preferences);
 
     preferences.customStepColorRed = std::numeric_limits<double>::quiet_NaN();
-    CHECK(!settings.changePreferences(preferences));
+    CHECK(!settings.changePreferences([&](UserPreferences& stored) { stored = preferences; }));
     CHECK(settings.preferences().customStepColorRed == 0.2);
 }
 

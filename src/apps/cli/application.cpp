@@ -92,13 +92,18 @@ LinuxSettings Application::linuxSettings() const {
     return storedLinuxSettings().value_or(LinuxSettings());
 }
 
-DefaultsResult Application::saveLinuxSettings(const LinuxSettings& settings) {
-    const UserDefaults& store = defaults_.standard();
-    std::vector<DefaultsChange> changes{{&store, std::string(linuxSettingsKey), Data{*encodeJson(settings)}}};
-    if (!storedLinuxSettings()) {
-        if (auto kept = setAside(store, linuxSettingsKey)) changes.push_back(std::move(*kept));
-    }
-    return defaults_.write(changes);
+DefaultsResult Application::changeLinuxSettings(const std::function<void(LinuxSettings&)>& edit) {
+    return defaults_.update([&] {
+        const UserDefaults& store = defaults_.standard();
+        const auto stored = storedLinuxSettings();
+        LinuxSettings settings = stored.value_or(LinuxSettings());
+        edit(settings);
+        std::vector<DefaultsChange> changes{{&store, std::string(linuxSettingsKey), Data{*encodeJson(settings)}}};
+        if (!stored) {
+            if (auto kept = setAside(store, linuxSettingsKey)) changes.push_back(std::move(*kept));
+        }
+        return changes;
+    });
 }
 
 Screen Application::screen() const {

@@ -16,6 +16,7 @@
 #include "platform/clock.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,7 +47,7 @@ public:
     Day today() const { return settings_.calendar().day(clock_->now()); }
 
     LinuxSettings linuxSettings() const;
-    DefaultsResult saveLinuxSettings(const LinuxSettings& settings);
+    DefaultsResult changeLinuxSettings(const std::function<void(LinuxSettings&)>& edit);
 
     /// Runs until a load has ended.
     void finish(CancellableTask task);

@@ -90,6 +90,13 @@ std::optional<DefaultsError> transact(Connection& connection, std::initializer_l
     return std::nullopt;
 }
 
+/// Makes the changes, those of the `first` store in the main database.
+void writeAll(Connection& connection, const std::vector<DefaultsChange>& changes, const UserDefaults* first) {
+    for (const DefaultsChange& change : changes) {
+        writeDefault(connection, change.store == first ? "main" : secondSchema, change.key, change.value);
+    }
+}
+
 }  // namespace
 
 SqliteDefaults::SqliteDefaults(const std::filesystem::path& folder, Access access,
@@ -113,13 +120,17 @@ DefaultsResult SqliteDefaults::write(const std::vector<DefaultsChange>& changes)
     for (const DefaultsChange& change : changes) {
         check(std::ranges::find(files, change.store) != files.end(), "a change is for defaults of another folder");
     }
-    const auto schemaOf = [&](const UserDefaults* store) {
-        return store == files.front() ? "main" : secondSchema;
-    };
     return change(files, [&](Connection& connection) {
-        for (const DefaultsChange& change : changes) {
-            writeDefault(connection, schemaOf(change.store), change.key, change.value);
-        }
+        writeAll(connection, changes, files.front());
+        return std::optional<std::string>();
+    });
+}
+
+DefaultsResult SqliteDefaults::update(const std::function<std::vector<DefaultsChange>()>& plan) {
+    Files files{&standard_};
+    if (shared()) files.push_back(&shared_);
+    return change(files, [&](Connection& connection) {
+        writeAll(connection, plan(), &standard_);
         return std::optional<std::string>();
     });
 }

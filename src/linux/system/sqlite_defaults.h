@@ -33,6 +33,8 @@ public:
     /// absent must not replace those that are there.
     DefaultsResult write(const std::vector<DefaultsChange>& changes) override;
 
+    DefaultsResult update(const std::function<std::vector<DefaultsChange>()>& plan) override;
+
     /// For what else stands in the standard file than values.
     const SqliteDefaultsFile& standardFile() const { return standard_; }
     /// Makes a change within a transaction, or yields why it cannot be made, as the end of a sentence.

@@ -105,13 +105,15 @@ CommandResult<void> change(Settings settings, std::string_view key, std::string_
     if (*isPreference) {
         const auto companion = application.companion();
         if (!companion) return std::unexpected(companion.error());
-        const auto saved = commandResult((*companion)->preferencesSync.changePreferences(settings.preferences));
+        const auto saved = commandResult((*companion)->preferencesSync.changePreferences(
+            [&](UserPreferences& preferences) { static_cast<void>(assign(preferences, key, value, text)); }));
         return saved ? application.refresh() : saved;
     }
     const auto isLinuxSetting = assign(settings.linuxSettings, key, value, text);
     if (!isLinuxSetting) return std::unexpected(isLinuxSetting.error());
     if (!*isLinuxSetting) return unknownSetting(key, text);
-    return commandResult(application.saveLinuxSettings(settings.linuxSettings));
+    return commandResult(application.changeLinuxSettings(
+        [&](LinuxSettings& stored) { static_cast<void>(assign(stored, key, value, text)); }));
 }
 
 Settings load(Application& application) {
