@@ -60,6 +60,7 @@ struct BadInput {
 TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right, and changes nothing") {
     const auto before = everything();
     refused({"walk"}, 2, "usage", "walk");
+    CHECK(runPedvar(folder.path(), {"today", "--json=1"}).exitCode == 2);
     refused({"settings", "colour"}, 2, "usage", "no setting \"colour\"");
     refused({"settings", "colour", "red"}, 2, "usage", "no setting \"colour\"");
     refused({"settings", "theme", "purple"}, 2, "usage", "light, dark, system");

@@ -58,7 +58,7 @@ public:
         std::optional<double> sum;
         for (std::size_t i = 0; i < samples_.size(); ++i) {
             if (samples_[i].start < from || samples_[i].start >= to) continue;
-            if (samples_[i].duration <= 4 * hour || to - from >= 23 * hour) sum = sum.value_or(0) + counted_[i];
+            if (samples_[i].duration <= 4 * hour || to - from >= 22 * hour) sum = sum.value_or(0) + counted_[i];
         }
         return sum;
     }

@@ -127,6 +127,8 @@ TEST_CASE("records become rows in kept units, and those that cannot are counted 
              {{{"value", "nan"}}, SkipReason::badValue},
              {{{"value", "inf"}}, SkipReason::badValue},
              {{{"value", "1e999"}}, SkipReason::badValue},
+             {{{"type", "HKQuantityTypeIdentifierDistanceWalkingRunning"}, {"unit", "km"}, {"value", "1e308"}},
+              SkipReason::badValue},
              {{{"startDate", "yesterday"}}, SkipReason::badDate},
              {{{"endDate", "2024-05-01 06:29:59 +0200"}}, SkipReason::badDate},
              {{{"sourceName", std::string(1100, 'x')}}, SkipReason::tooVaried},

@@ -48,6 +48,11 @@ CommandResult<std::unique_ptr<Application>> Application::open(const GlobalOption
     }
     auto folder = dataFolder(options);
     if (!folder || folder->empty()) return usageError("Nothing says where the data lies; --data DIR does.");
+    if (std::error_code error;
+        std::filesystem::exists(*folder, error) && !std::filesystem::is_directory(*folder)) {
+        return usageError(
+            fmt::format("\"{}\" is no folder; --data names the folder of the data.", folder->string()));
+    }
     ProcessZone zone = processZone();
     std::unique_ptr<const Clock> clock = std::make_unique<SystemClock>();
     if (options.now) {
@@ -146,7 +151,9 @@ CommandResult<void> Application::forgetChangedDays() {
         return forgotten.has_value();
     };
     const auto settled = HealthAdministration(health_->database).settleChangedDays(forget);
-    if (!settled) return std::unexpected(errorOf(settled.error()));
+    // While another process writes, the days stay noted until somebody changes something again.
+    if (!settled && settled.error().kind != StoreError::Kind::busy)
+        return std::unexpected(errorOf(settled.error()));
     return commandResult(forgotten);
 }
 

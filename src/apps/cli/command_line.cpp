@@ -103,8 +103,9 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
     app.set_help_flag("-h,--help", "Print this text and end");
     app.add_option("--data", line.global.dataFolder, "Keep the data in this folder")->type_name("DIR");
     app.add_option("--now", line.global.now, "Look from another moment (2024-05-01T18:30)")->type_name("TIME");
-    app.add_flag_callback(
-        "--json", [&line] { line.global.format = OutputFormat::json; }, "Answer with one JSON document");
+    // Its meaning is `formatOf`'s, which knows it also where the rest cannot be read.
+    bool asksForJson = false;
+    app.add_flag("--json", asksForJson, "Answer with one JSON document")->disable_flag_override();
     app.require_subcommand(0, 1);  // none is told below, in our words
     describeCommands(grammar);
 
@@ -115,7 +116,7 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
         line.wish = Information{"version", PEDVAR_VERSION};
         return line;
     } catch (const CLI::CallForHelp&) {
-        std::string help = commandGiven(app).help();
+        std::string help = commandGiven(app).help(&commandGiven(app) == &app ? "" : "pedvar");
         help.erase(help.find_last_not_of('\n') + 2);
         line.wish = Information{"help", std::move(help)};
         return line;
@@ -135,7 +136,7 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
 }
 
 OutputFormat formatOf(std::span<const char* const> arguments) {
-    const auto isJson = [](std::string_view argument) { return argument == "--json"; };
+    const auto isJson = [](std::string_view argument) { return argument == "--json" || argument == "--json=true"; };
     return std::ranges::any_of(arguments, isJson) ? OutputFormat::json : OutputFormat::screen;
 }
 

@@ -32,7 +32,7 @@ std::string finished(std::string_view screen, int descriptor) {
 }
 
 void tell(std::string_view message) {
-    write(stderr, finished(fmt::format("pedvar: {}\n", message), STDERR_FILENO));
+    write(stderr, finished(fmt::format("pedvar: {}\n", harmless(message)), STDERR_FILENO));
 }
 
 CommandResult<Report> answer(std::span<const char* const> arguments) {

@@ -63,10 +63,13 @@ std::string_view likeness(std::string_view character) {
 }
 
 bool isControl(std::string_view character) {
-    const auto first = static_cast<unsigned char>(character.front());
-    if (character.size() == 1) return first < 0x20 || first >= 0x7F;
-    const auto second = static_cast<unsigned char>(character[1]);
-    return first == 0xC2 && second < 0xA0;  // U+0080 to U+009F
+    const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(character[index]); };
+    if (character.size() == 1) return byte(0) < 0x20 || byte(0) >= 0x7F;
+    if (byte(0) == 0xC2) return byte(1) < 0xA0;  // U+0080 to U+009F
+    if (byte(0) != 0xE2 || character.size() != 3) return false;
+    // What turns the direction of writing, and the separators of lines.
+    if (byte(1) == 0x80) return byte(2) == 0x8E || byte(2) == 0x8F || (0xA8 <= byte(2) && byte(2) <= 0xAE);
+    return byte(1) == 0x81 && 0xA6 <= byte(2) && byte(2) <= 0xA9;
 }
 
 }  // namespace

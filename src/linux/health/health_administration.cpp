@@ -176,14 +176,21 @@ void compareTotals(Connection& connection, std::int32_t series, const std::strin
     }
 }
 
-std::vector<LoosePermissions> loosePermissions(const std::filesystem::path& file) {
+/// The folder, and the databases in it; what SQLite lays beside them has their mode.
+std::vector<LoosePermissions> loosePermissions(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> paths{folder};
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        if (entry.path().extension() == ".sqlite") paths.push_back(entry.path());
+    }
     std::vector<LoosePermissions> loose;
-    for (const std::string& path : {file.parent_path().string(), file.string(), file.string() + "-wal"}) {
+    for (const auto& path : paths) {
         struct stat status = {};
         if (::stat(path.c_str(), &status) != 0) continue;
         const unsigned mode = status.st_mode & 0777;
-        if ((mode & 077) != 0) loose.push_back({path, mode});
+        if ((mode & 077) != 0) loose.push_back({path.string(), mode});
     }
+    std::ranges::sort(loose, {}, &LoosePermissions::path);
     return loose;
 }
 
@@ -298,7 +305,7 @@ StoreResult<StoreExamination> HealthAdministration::examine() const {
         }
         return found;
     });
-    if (examination) examination->permissions = loosePermissions(database_.path());
+    if (examination) examination->permissions = loosePermissions(database_.path().parent_path());
     return examination;
 }
 

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 namespace pedvar {
@@ -73,6 +74,7 @@ enum class Content { store, nothing };
 
 /// What the database holds that `connection` is open on; an error when it is not for us.
 StoreResult<Content> content(Connection& connection, const std::string& path) {
+    Transaction moment(connection, Transaction::Kind::read);  // somebody may be making the tables
     const std::int64_t application = connection.number("PRAGMA application_id");
     if (application == 0 && connection.number("SELECT count(*) FROM sqlite_schema") == 0) return Content::nothing;
     if (application != applicationId) return std::unexpected(storeError(SqliteFailure(SQLITE_NOTADB, ""), path));
@@ -84,6 +86,19 @@ StoreResult<Content> content(Connection& connection, const std::string& path) {
                                    path)});
     }
     return Content::store;
+}
+
+/// SQLite does not wait for others when it changes the kind of journal.
+void useWriteAheadLog(Connection& connection, std::chrono::milliseconds patience) {
+    constexpr std::chrono::milliseconds pause{5};
+    for (auto waited = pause;; waited += pause) {
+        try {
+            return connection.runScript("PRAGMA journal_mode = WAL");
+        } catch (const SqliteFailure& failure) {
+            if (failure.primaryCode() != SQLITE_BUSY || waited > patience) throw;
+        }
+        std::this_thread::sleep_for(pause);
+    }
 }
 
 void createTables(Connection& connection) {
@@ -157,7 +172,8 @@ StoreResult<Connection> HealthDatabase::connectForWriting() {
         Connection connection(name_, Connection::Access::write, patience_);
         const auto held = content(connection, name_);
         if (!held) return std::unexpected(held.error());
-        connection.runScript("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA cache_size = -16384");
+        useWriteAheadLog(connection, patience_);
+        connection.runScript("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -16384");
         if (*held == Content::nothing) createTables(connection);
         return connection;
     });

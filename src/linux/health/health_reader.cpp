@@ -12,7 +12,7 @@
 namespace pedvar {
 namespace {
 
-constexpr Seconds shortestWholeDay = std::chrono::hours(23);  // the day on which the clocks go forward
+constexpr Seconds shortestWholeDay = std::chrono::hours(22);  // no zone's clocks go forward by more than two hours
 constexpr std::int64_t invalidArgument = 3;                   // the platform's code
 
 bool isStrict(const HKPredicate& predicate) {

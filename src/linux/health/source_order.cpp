@@ -2,10 +2,14 @@
 
 #include "linux/sqlite/connection.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 
 namespace pedvar {
 namespace {
+
+constexpr std::int64_t highestSource = 1'000'000;  // nobody owns more devices and applications
 
 /// Where a new source of `kind` joins the order: behind the last of its kind, else before the first of a kind that
 /// ranks lower by default.
@@ -29,7 +33,11 @@ std::int64_t positionFor(Connection& connection, SourceKind kind) {
 SourceOrder SourceOrder::load(Connection& connection) {
     std::vector<std::int32_t> sources;
     Rows rows = connection.query("SELECT id FROM sources ORDER BY position, id");
-    while (rows.next()) sources.push_back(static_cast<std::int32_t>(rows.integer(0)));
+    while (rows.next()) {
+        const std::int64_t id = rows.integer(0);
+        if (id < 0 || id > highestSource) throw SqliteFailure(SQLITE_CORRUPT, "a source has an impossible number");
+        sources.push_back(static_cast<std::int32_t>(id));
+    }
     return SourceOrder(std::move(sources));
 }
 

@@ -2,6 +2,7 @@
 
 #include "linux/import/source_identity.h"
 
+#include <cmath>
 #include <utility>
 
 namespace pedvar {
@@ -160,6 +161,7 @@ ExportInterpreter::RecordResult ExportInterpreter::readRecord(const Tag& tag) {
     const auto value = parseExportNumber(valueOf(*attributes.value, scratch));
     if (!value) return std::unexpected(SkipReason::badValue);
     const double kept = series.unit.toKept(*value);
+    if (!std::isfinite(kept)) return std::unexpected(SkipReason::badValue);
     const auto start = dates_.parse(valueOf(*attributes.startDate, scratch));
     const auto end = dates_.parse(valueOf(*attributes.endDate, scratch));
     if (!start || !end || *end < *start) return std::unexpected(SkipReason::badDate);

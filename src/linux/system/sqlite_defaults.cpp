@@ -155,20 +155,22 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
         if (!reason) reason = makeFile(file->path());
     }
     if (!reason) reason = transactOver(files, change);
+    hasWaitedInVain_ = reason && reason->kind == DefaultsError::Kind::busy;
     if (!reason) return {};
     return std::unexpected(DefaultsError{
         fmt::format("The settings in {} were not changed: {}.", folder.string(), reason->message), reason->kind});
 }
 
 std::optional<DefaultsError> SqliteDefaults::transactOver(const Files& files, const Change& change) {
+    const auto patience = hasWaitedInVain_ ? std::chrono::milliseconds(0) : patience_;
     try {
         if (files.size() > 1) {
-            const auto connection = connect(*files.front(), patience_);
+            const auto connection = connect(*files.front(), patience);
             attach(*connection, *files.back());
             return transact(*connection, {"main", secondSchema}, change);
         }
-        if (files.front() != &standard_) return transact(*connect(*files.front(), patience_), {"main"}, change);
-        if (!standardWriter_) standardWriter_ = connect(standard_, patience_);
+        if (files.front() != &standard_) return transact(*connect(*files.front(), patience), {"main"}, change);
+        if (!standardWriter_) standardWriter_ = connect(standard_, patience);
         return transact(*standardWriter_, {"main"}, change);
     } catch (const SqliteFailure& failure) {
         standardWriter_.reset();

@@ -57,6 +57,7 @@ private:
 
     Access access_;
     std::chrono::milliseconds patience_;
+    bool hasWaitedInVain_ = false;  // then the next change does not wait as well
     SqliteDefaultsFile standard_;
     SqliteDefaultsFile shared_;
     std::unique_ptr<Connection> standardWriter_;  // stays open: most of a small write is opening the file

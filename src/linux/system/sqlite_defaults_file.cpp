@@ -59,7 +59,10 @@ void SqliteDefaultsFile::open() const {
         // Only a connection that may write can undo what a killed writer left half done.
         auto connection = std::make_unique<Connection>(path_.string(), Connection::Access::write, patience_);
         connection->run("pragma query_only = on");
-        const auto found = holdsDefaults(*connection, "main");
+        const auto found = [&] {
+            Transaction moment(*connection, Transaction::Kind::read);  // somebody may be making the tables
+            return holdsDefaults(*connection, "main");
+        }();
         if (!found) return fail(found.error());
         if (*found) connection_ = std::move(connection);
     } catch (const SqliteFailure& failure) {

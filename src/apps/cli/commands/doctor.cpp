@@ -5,6 +5,7 @@
 #include "linux/health/health_administration.h"
 
 #include <fmt/ranges.h>
+#include <unistd.h>
 
 namespace pedvar {
 namespace {
@@ -24,7 +25,8 @@ void add(Findings& findings, const StoreExamination& examination, const Screen& 
     }
     for (const LoosePermissions& loose : examination.permissions) {
         findings.problems.push_back(
-            screen.text("{0} has mode {1:04o}: others than you can reach your data.", loose.path, loose.mode));
+            screen.text("{0} has mode {1:04o}: others than you can reach your data. `chmod go= \"{0}\"` mends it.",
+                        loose.path, loose.mode));
     }
     findings.staleDays = examination.staleDays;
     findings.rows = examination.rows;
@@ -37,6 +39,11 @@ Findings examine(Application& application) {
     for (const std::string& key : application.defaults().standardFile().keysSetAside()) {
         findings.problems.push_back(application.text()(
             "A stored document could not be read; it is kept under \"{}\" in the settings.", key));
+    }
+    const std::string folder = application.folder().string();
+    if (std::filesystem::exists(folder) && ::access(folder.c_str(), W_OK | X_OK) != 0) {
+        findings.problems.push_back(
+            application.text()("The folder {} cannot be written, so nothing new can be stored in it.", folder));
     }
     const auto health = application.health();
     if (!health) {
