@@ -11,7 +11,7 @@ namespace pedvar {
 namespace {
 
 constexpr Seconds tickInterval{1};
-constexpr std::uint64_t ticksBetweenSettings = 5;  // reading the preferences costs more than a fix
+constexpr std::uint64_t ticksBetweenSettings = 10;  // reading the preferences costs more than a fix
 
 AutoPauseMode autoPauseMode(const SettingsStore& settings) {
     return settings.preferences().autoPauseEnabled ? AutoPauseMode::on : AutoPauseMode::off;
