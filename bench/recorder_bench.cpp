@@ -7,6 +7,7 @@
 #include "linux/system/sqlite_document_parts.h"
 #include "linux/system/system_random.h"
 #include "recording/activity_recorder_manager.h"
+#include "support/fake_health_store.h"
 #include "support/fake_locale.h"
 #include "support/fake_receivers.h"
 #include "support/fake_workout_store.h"
@@ -65,6 +66,7 @@ private:
     SettingsStore settings_{defaults_, json_, locale_};
     SessionHistory history_{documents_};
     CheckpointStore checkpoints_{documents_, history_};
+    FakeHealthStore healthStore_{zone_};
     FakeWorkoutStore workoutStore_;
     WorkoutWriter workouts_{time_, workoutStore_, history_, documents_, log_};
     SystemRandom random_;
@@ -74,7 +76,7 @@ private:
                                       time_,
                                       random_,
                                       {receiver_, pedometer_, haptics_, live_},
-                                      {checkpoints_, history_, workouts_, settings_},
+                                      {healthStore_, checkpoints_, history_, workouts_, settings_},
                                       log_};
     double seconds_ = 0;
 };

@@ -34,7 +34,11 @@ ActivityRecorderManager::ActivityRecorderManager(MainExecutor& executor, const C
       settings_(stores.settings),
       log_(log),
       pipeline_(clock, random, log_),
-      liveActivity_(executor, devices.liveActivity) {
+      liveActivity_(executor, devices.liveActivity),
+      heartRate_(executor, clock, stores.healthStore, [this](HeartRate rate) {
+          currentHeartRate = rate.current;
+          averageHeartRate = rate.average;
+      }) {
     locationManager_.setDelegate(this);
     // What keeps it from going on stays in `storageProblem`.
     static_cast<void>(restore());
@@ -68,6 +72,7 @@ DefaultsResult ActivityRecorderManager::startRecording(ActivityType type) {
     if (isAuthorized(locationManager_.authorizationStatus())) startLocationUpdates();
     scheduleTick();
     startPedometer();
+    heartRate_.start(now);
     liveActivity_.start(liveActivityState());
     saveCheckpoint(CheckpointTiming::forced);
     haptics_.notify(NotificationFeedback::success);
@@ -121,6 +126,7 @@ DefaultsResult ActivityRecorderManager::stopRecording() {
     pauseStartDate_.reset();
     sessionStartDate_.reset();
     guidance_ = {};
+    heartRate_.stop();
     liveActivity_.end();
     workouts_.request();
     currentSession = session;
@@ -184,6 +190,7 @@ void ActivityRecorderManager::goOnWith(const InProgressState& state) {
         scheduleTick();
     }
     startPedometer();
+    heartRate_.start(*sessionStartDate_);
     liveActivity_.start(liveActivityState());
     saveCheckpoint(CheckpointTiming::forced);
     didRestoreInProgressSession = true;
@@ -268,7 +275,7 @@ void ActivityRecorderManager::zeroNumbers() {
     currentCalories = 0;
     for (Published<double>* const number :
          {&currentDistance, &currentDuration, &elapsedTime, &totalDistance, &currentPace, &currentSpeed,
-          &averageSpeed, &elevationGain, &gpsAccuracy}) {
+          &averageSpeed, &elevationGain, &gpsAccuracy, &currentHeartRate, &averageHeartRate}) {
         *number = 0;
     }
     currentElevation = std::nullopt;

@@ -10,6 +10,7 @@
 #include "platform/random_source.h"
 #include "recording/checkpoint_store.h"
 #include "recording/gps_quality.h"
+#include "recording/heart_rate_feed.h"
 #include "recording/live_activity_feed.h"
 #include "recording/location_pipeline.h"
 #include "recording/route_line.h"
@@ -30,8 +31,9 @@ struct RecorderDevices {
     LiveActivity& liveActivity;
 };
 
-/// Where a recording goes.
+/// Where a recording goes, and what it reads.
 struct RecorderStores {
+    HKHealthStore& healthStore;
     CheckpointStore& checkpoints;
     SessionHistory& history;
     WorkoutWriter& workouts;
@@ -68,6 +70,8 @@ public:
     Published<double> averageSpeed;                     // metres per second
     Published<double> elevationGain;                    // metres
     Published<std::optional<double>> currentElevation;  // metres
+    Published<double> currentHeartRate;                 // beats per minute, 0 while none is known
+    Published<double> averageHeartRate;                 // beats per minute
     Published<bool> isPaused;                           // by hand
     Published<bool> isAutoPaused;
     Published<RouteLine> routeCoordinates;
@@ -135,6 +139,7 @@ private:
     RecorderLog log_;
     LocationPipeline pipeline_;
     LiveActivityFeed liveActivity_;
+    HeartRateFeed heartRate_;
     Timer timer_;  // the tick
     std::optional<Date> sessionStartDate_;
     std::optional<Date> pauseStartDate_;

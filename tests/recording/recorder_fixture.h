@@ -6,6 +6,7 @@
 #include "support/fake_companions.h"
 #include "support/fake_defaults.h"
 #include "support/fake_document_parts.h"
+#include "support/fake_health_store.h"
 #include "support/fake_locale.h"
 #include "support/fake_log.h"
 #include "support/fake_receivers.h"
@@ -50,6 +51,7 @@ struct World {
     CountingRandom random;
     FakeZone zone{std::chrono::hours(0)};
     FakeLocale locale{zone};
+    FakeHealthStore healthStore{zone};
     NlohmannJsonParser json;
     SettingsStore settings{defaults, json, locale};
 
@@ -73,7 +75,7 @@ struct Launch {
           checkpoints(world.documents, history),
           workouts(world.time, world.workoutStore, history, world.documents, world.log),
           recorder(world.time, world.time, world.random, {receiver, pedometer, haptics, live},
-                   {checkpoints, history, workouts, world.settings}, world.log) {}
+                   {world.healthStore, checkpoints, history, workouts, world.settings}, world.log) {}
 
     FakeLocationManager receiver;
     FakePedometer pedometer;

@@ -209,3 +209,22 @@ TEST_CASE_FIXTURE(Recording, "a clock that is set back makes no negative time, a
     walk.lasting(5s);
     CHECK(recorder->totalDistance == Approx(19 * 1.4));
 }
+
+TEST_CASE_FIXTURE(Recording, "the heart rate is that of the recording, as far as others measure it") {
+    const auto beat = [&](double rate) {
+        healthStore.add(HKQuantityTypeIdentifierHeartRate, HKUnit::countPerMinute(), rate, time.now());
+        healthStore.samplesAdded.notify();
+        time.advance(1s);
+    };
+    beat(60);
+    walk.start();
+    time.settle();
+    CHECK(recorder->currentHeartRate == 0);
+    beat(100);
+    beat(120);
+    CHECK(recorder->currentHeartRate == 120);
+    CHECK(recorder->averageHeartRate == 110);
+    REQUIRE(recorder->stopRecording());
+    beat(90);
+    CHECK(recorder->currentHeartRate == 0);
+}

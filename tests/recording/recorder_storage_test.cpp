@@ -170,7 +170,7 @@ struct RealLaunch {
           live(world.trace),
           workouts(loop, workoutStore, history, documents, world.log),
           recorder(world.time, world.time, random, {receiver, pedometer, haptics, live},
-                   {checkpoints, history, workouts, world.settings}, world.log) {}
+                   {world.healthStore, checkpoints, history, workouts, world.settings}, world.log) {}
 
     EventLoop loop;
     SqliteDefaults defaults;
