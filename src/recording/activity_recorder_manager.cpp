@@ -40,8 +40,7 @@ ActivityRecorderManager::ActivityRecorderManager(MainExecutor& executor, const C
           averageHeartRate = rate.average;
       }) {
     locationManager_.setDelegate(this);
-    // What keeps it from going on stays in `storageProblem`.
-    static_cast<void>(restore());
+    restore();
 }
 
 ActivityRecorderManager::~ActivityRecorderManager() {
@@ -53,7 +52,8 @@ GPSQuality ActivityRecorderManager::gpsQuality() const {
 }
 
 DefaultsResult ActivityRecorderManager::startRecording(ActivityType type) {
-    if (auto restored = restore(); !restored) return restored;
+    if (!isRestored_) restore();
+    if (!isRestored_) return std::unexpected(DefaultsError{storageProblem->value_or("")});
     if (isRunning()) return {};
     prepareLocationManager();
     const Date now = clock_.now();
@@ -151,19 +151,17 @@ void ActivityRecorderManager::didChangeAuthorization(CLAuthorizationStatus statu
     if (isRecording && isAuthorized(status)) startLocationUpdates();
 }
 
-/// Takes up what an earlier process has left, once; a failure is tried again.
-DefaultsResult ActivityRecorderManager::restore() {
-    if (isRestored_) return {};
+/// Takes up what an earlier process has left. What keeps it from that stays in `storageProblem`.
+void ActivityRecorderManager::restore() {
     const auto state = checkpoints_.restore(clock_.now());
     workouts_.request();
     if (!state) {
         storageProblem = state.error().message;
-        return std::unexpected(state.error());
+        return;
     }
     isRestored_ = true;
     storageProblem = std::nullopt;
     if (*state) goOnWith(**state);
-    return {};
 }
 
 void ActivityRecorderManager::goOnWith(const InProgressState& state) {

@@ -107,7 +107,7 @@ private:
     void didUpdateLocations(std::span<const CLLocation> locations) override;
     void didChangeAuthorization(CLAuthorizationStatus status) override;
 
-    DefaultsResult restore();
+    void restore();
     void goOnWith(const InProgressState& state);
     /// Receiver and tick. The pedometer is another matter: it runs through pauses.
     void prepareLocationManager();

@@ -64,8 +64,8 @@ Task<> WorkoutWriter::writePending() {
         const std::optional<ActivitySession> session = history_.wholeSession(id);
         bool isDone = true;
         if (session) isDone = co_await write(*session);
-        // Still noted it would be written again at the next start, which adds nothing.
-        if (isDone) static_cast<void>(pending_.remove(id));
+        // What stays noted is written again at the next start, which adds nothing.
+        if (isDone && !pending_.remove(id)) co_return;
     }
 }
 
