@@ -31,5 +31,6 @@ if wanted process; then
     "$build/bench/process_bench" "$build/pedvar" "$work"
 fi
 wanted gpx && "$build/bench/gpx_bench"
+wanted recorder && "$build/bench/recorder_bench"
 wanted session && "$build/bench/session_bench"
 exit 0

@@ -1,7 +1,10 @@
 /// The surfaces beside the program. Each says in `trace` what it is told.
 #pragma once
 
+#include "core/reflection.h"
 #include "platform/cloud_settings.h"
+#include "platform/haptics.h"
+#include "platform/live_activity.h"
 #include "platform/step_goal_notifications.h"
 #include "platform/watch_link.h"
 #include "platform/widget_center.h"
@@ -24,6 +27,34 @@ class FakeWatchLink : public WatchLink {
 public:
     explicit FakeWatchLink(std::vector<std::string>& trace) : trace_(trace) {}
     void valuesChanged() override { trace_.emplace_back("watch"); }
+
+private:
+    std::vector<std::string>& trace_;
+};
+
+class FakeHaptics : public Haptics {
+public:
+    explicit FakeHaptics(std::vector<std::string>& trace) : trace_(trace) {}
+    void notify(NotificationFeedback feedback) override {
+        trace_.push_back("haptic " + std::string(caseName(feedback)));
+    }
+    void impact(ImpactStyle style) override { trace_.push_back("haptic " + std::string(caseName(style))); }
+
+private:
+    std::vector<std::string>& trace_;
+};
+
+class FakeLiveActivity : public LiveActivity {
+public:
+    explicit FakeLiveActivity(std::vector<std::string>& trace) : trace_(trace) {}
+    void start(const LiveActivityState&) override { trace_.emplace_back("live start"); }
+    void update(const LiveActivityState& shown) override {
+        trace_.emplace_back(shown.isPaused ? "live update, paused" : "live update");
+        state = shown;
+    }
+    void end() override { trace_.emplace_back("live end"); }
+
+    LiveActivityState state;
 
 private:
     std::vector<std::string>& trace_;

@@ -7,7 +7,7 @@
 #include "linux/health/source_order.h"
 #include "linux/health/totals_keeper.h"
 #include "linux/health/workout_table.h"
-#include "linux/system/fault_point.h"
+#include "platform/fault_point.h"
 
 #include <algorithm>
 #include <cmath>

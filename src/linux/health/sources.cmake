@@ -6,13 +6,16 @@ set(PEDVAR_HEALTH_SOURCES
     health/day_totals.cpp
     health/health_administration.cpp
     health/health_database.cpp
+    health/health_error.cpp
     health/health_reader.cpp
     health/overlap_count.cpp
+    health/route_text.cpp
     health/sample_counter.cpp
     health/sample_writer.cpp
     health/samples.cpp
     health/source_order.cpp
     health/sqlite_health_store.cpp
+    health/sqlite_workout_store.cpp
     health/store_error.cpp
     health/sum_reader.cpp
     health/totals_keeper.cpp

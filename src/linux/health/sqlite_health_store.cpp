@@ -1,6 +1,7 @@
 #include "linux/health/sqlite_health_store.h"
 
 #include "linux/health/collection_intervals.h"
+#include "linux/health/health_error.h"
 #include "linux/health/health_reader.h"
 #include "linux/health/sample_writer.h"
 #include "linux/health/worker_pool.h"
@@ -17,14 +18,6 @@
 
 namespace pedvar {
 namespace {
-
-constexpr const char* errorDomain = "PedvarStore";
-constexpr std::int64_t invalidArgument = 3;  // the platform's code
-
-HKError healthError(const StoreError& error) {
-    if (error.sqliteCode != 0) return {"SQLite", error.sqliteCode, error.message};
-    return {errorDomain, static_cast<std::int64_t>(error.kind), error.message};
-}
 
 bool isSound(const HKQuantitySample& sample) {
     constexpr Seconds farthest = std::chrono::years(10'000);
@@ -190,14 +183,13 @@ void SqliteHealthStore::execute(HKStatisticsCollectionQuery query) {
     const DateComponents step = query.intervalComponents;
     const HKPredicate& predicate = query.quantitySamplePredicate;
     if (std::min(step.day, step.hour) != 0 || std::max(step.day, step.hour) < 1) {
-        query.initialResultsHandler(std::unexpected(HKError{
-            errorDomain, invalidArgument, "The intervals of a collection are whole days or whole hours."}));
+        query.initialResultsHandler(
+            std::unexpected(invalidArgument("The intervals of a collection are whole days or whole hours.")));
         return;
     }
     auto intervals = collectionIntervals(state_->zone, query.anchorDate, predicate.end, step);
     if (intervals.size() == highestIntervalCount) {
-        query.initialResultsHandler(
-            std::unexpected(HKError{errorDomain, invalidArgument, "The collection has too many intervals."}));
+        query.initialResultsHandler(std::unexpected(invalidArgument("The collection has too many intervals.")));
         return;
     }
     std::vector<HKStatistics> empty(intervals.size());
@@ -233,8 +225,7 @@ void SqliteHealthStore::keep(DerivedDocument document, std::int64_t state, HKHan
 
 void SqliteHealthStore::save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) {
     if (!std::ranges::all_of(samples, isSound)) {
-        completion(
-            std::unexpected(HKError{errorDomain, invalidArgument, "A sample has no amount or no duration."}));
+        completion(std::unexpected(invalidArgument("A sample has no amount or no duration.")));
         return;
     }
     state_->write(std::move(completion),

@@ -5,11 +5,14 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
 namespace pedvar {
 namespace {
+
+using Metadata = std::pair<std::string, std::string>;
 
 DeflatedRoute deflated(const WorkoutRouteFile& route) {
     uLongf size = compressBound(route.gpx.size());
@@ -51,9 +54,21 @@ WorkoutTable::Added WorkoutTable::add(const WorkoutRow& workout, std::span<const
 }
 
 std::optional<std::int64_t> WorkoutTable::find(const WorkoutRow& workout) {
+    if (const auto named = findByUUID(workout)) return named;
     Rows rows =
         connection_.query("SELECT id FROM workouts WHERE start = ? AND end = ? AND activity = ? AND source = ?",
                           workout.start, workout.end, std::string_view(workout.activityType), workout.source);
+    if (!rows.next()) return std::nullopt;
+    return rows.integer(0);
+}
+
+std::optional<std::int64_t> WorkoutTable::findByUUID(const WorkoutRow& workout) {
+    const auto uuid = std::ranges::find(workout.metadata, externalUUIDKey, &Metadata::first);
+    if (uuid == workout.metadata.end()) return std::nullopt;
+    Rows rows = connection_.query(
+        "SELECT id FROM workouts JOIN workout_metadata ON workout = id "
+        "WHERE start = ? AND source = ? AND key = ? AND value = ?",
+        workout.start, workout.source, externalUUIDKey, std::string_view(uuid->second));
     if (!rows.next()) return std::nullopt;
     return rows.integer(0);
 }

@@ -8,11 +8,15 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pedvar {
 
 class Connection;
+
+/// The entry of a workout's metadata that holds the identifier given by its writer.
+inline constexpr std::string_view externalUUIDKey = "HKExternalUUID";
 
 /// A route file as it is kept.
 struct DeflatedRoute {
@@ -37,6 +41,8 @@ public:
 
 private:
     std::optional<std::int64_t> find(const WorkoutRow& workout);
+    /// By what its writer calls it, whatever else has changed.
+    std::optional<std::int64_t> findByUUID(const WorkoutRow& workout);
     std::int64_t insert(const WorkoutRow& workout);
 
     Connection& connection_;

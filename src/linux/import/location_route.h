@@ -1,13 +1,12 @@
 /// Routes that older exports hold point by point.
 #pragma once
 
-#include "linux/health/samples.h"
+#include "linux/health/route_text.h"
 #include "linux/import/export_values.h"
 #include "linux/import/tag.h"
 
 #include <cstddef>
 #include <optional>
-#include <string>
 
 namespace pedvar {
 
@@ -17,14 +16,13 @@ public:
     /// Adds a point; one without a place or a time is left out, as is what it does not know (-1).
     void add(const Tag& location, ExportDateParser& dates);
 
-    /// The route file, named by the time of its first point; none without points.
-    std::optional<WorkoutRouteFile> finish() const;
+    /// The route file; none without points.
+    std::optional<WorkoutRouteFile> finish() const { return text_.finish(); }
 
-    std::size_t size() const { return points_.size(); }
+    std::size_t size() const { return text_.size(); }
 
 private:
-    std::string points_;
-    Milliseconds start_ = 0;
+    RouteText text_;
 };
 
 }  // namespace pedvar

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "platform/cloud_settings.h"
+#include "platform/haptics.h"
+#include "platform/live_activity.h"
 #include "platform/step_goal_notifications.h"
 #include "platform/text_catalogue.h"
 #include "platform/watch_link.h"
@@ -35,6 +37,21 @@ public:
 class NoWatchLink : public WatchLink {
 public:
     void valuesChanged() override {}
+};
+
+/// Nothing shakes.
+class NoHaptics : public Haptics {
+public:
+    void notify(NotificationFeedback) override {}
+    void impact(ImpactStyle) override {}
+};
+
+/// No surface shows a recording but the program itself.
+class NoLiveActivity : public LiveActivity {
+public:
+    void start(const LiveActivityState&) override {}
+    void update(const LiveActivityState&) override {}
+    void end() override {}
 };
 
 /// No notifications are shown, so progress towards the goal is not followed.

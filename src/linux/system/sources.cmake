@@ -2,7 +2,6 @@
 set(PEDVAR_SYSTEM_SOURCES
     system/absl_zone.cpp
     system/event_loop.cpp
-    system/fault_point.cpp
     system/glibc_locale.cpp
     system/nlohmann_json_parser.cpp
     system/posix_zone.cpp

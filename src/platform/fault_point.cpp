@@ -1,4 +1,4 @@
-#include "linux/system/fault_point.h"
+#include "platform/fault_point.h"
 
 #ifdef PEDVAR_FAULT_POINTS
 
