@@ -1,16 +1,18 @@
 # bash completion for pedvar
 _pedvar() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="import today day week month streaks goal settings sources doctor"
+    local commands="import today day week month streaks activities activity route export goal settings sources doctor"
     local command="" key="" i
     COMPREPLY=()
     case $previous in
     --data) compopt -o dirnames; return ;;
-    --now) return ;;
+    --now | --hide-home) return ;;
+    --as | --type) mapfile -t COMPREPLY < <(compgen -W "walk run hike cycle" -- "$current"); return ;;
+    -o | --output) compopt -o default; return ;;
     esac
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --data | --now) ((i++)) ;;
+        --data | --now | --as | --type | -o | --output | --hide-home) ((i++)) ;;
         -*) ;;
         *) if [[ -z $command ]]; then command=${COMP_WORDS[i]}; elif [[ -z $key ]]; then key=${COMP_WORDS[i]}; fi ;;
         esac
@@ -19,6 +21,10 @@ _pedvar() {
         local options="--data --now --json --help"
         case $command in
         "") options+=" --version" ;;
+        import) options+=" --as" ;;
+        activity) options+=" --type --delete --yes" ;;
+        route) options+=" --points" ;;
+        export) options+=" --output --force --hide-home" ;;
         sources) options+=" --order" ;;
         doctor) options+=" --rebuild" ;;
         esac
@@ -27,7 +33,8 @@ _pedvar() {
     fi
     case $command in
     "") mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current") ;;
-    import) compopt -o default ;;
+    import | route) compopt -o default ;;
+    activity | export) [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "last" -- "$current") ;;
     day | week) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current") ;;
     settings)
         [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "$(pedvar settings 2>/dev/null | cut -d ' ' -f 1)" -- "$current")

@@ -17,12 +17,21 @@ constexpr std::optional<std::uint8_t> hexDigit(char character) {
     return std::nullopt;
 }
 
+/// With the bits in place that tell the version and the variant of RFC 9562.
+UUID::Bytes marked(UUID::Bytes bytes, int version) {
+    bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0f) | (version << 4));
+    bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3f) | 0x80);
+    return bytes;
+}
+
 }  // namespace
 
 UUID UUID::random(Bytes bytes) {
-    bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0f) | 0x40);  // version 4
-    bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3f) | 0x80);  // the variant of RFC 9562
-    return UUID(bytes);
+    return UUID(marked(bytes, 4));
+}
+
+UUID UUID::ofContent(Bytes hash) {
+    return UUID(marked(hash, 8));
 }
 
 std::optional<UUID> UUID::fromText(std::string_view text) {

@@ -1,6 +1,9 @@
 #include "cli/run_pedvar.h"
 #include "cli/sample_data.h"
 #include "linux/system/nlohmann_json_parser.h"
+#include "linux/system/sqlite_document_parts.h"
+#include "recording/session_history.h"
+#include "support/sample_sessions.h"
 #include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
@@ -90,6 +93,60 @@ TEST_CASE_FIXTURE(BadInput, "what is no export fails and leaves the store as it 
     CHECK(everything() == before);
 }
 
+TEST_CASE_FIXTURE(BadInput, "routes that are none fail, say what they look like, and become no activity") {
+    const std::string track = sampleTrack();
+    std::string timeless = track;
+    for (std::size_t at = 0; (at = timeless.find("<time>", at)) != std::string::npos;) timeless.erase(at, 37);
+    writeFile(folder / "timeless.gpx", timeless);
+    writeFile(folder / "half.gpx", track.substr(0, track.size() / 2));
+    writeFile(folder / "page.gpx", "<!DOCTYPE html><html><body>Sign in</body></html>");
+    writeFile(folder / "old_page.gpx", "<html><body>Sign in<br></body></html>");
+    writeFile(folder / "packed.gpx", "\x1F\x8B\x08 something packed");
+    writeFile(folder / "empty.gpx", "<gpx version=\"1.1\"><trk><name>Nowhere</name></trk></gpx>");
+    const auto before = everything();
+    for (const std::vector<std::string>& with :
+         std::vector<std::vector<std::string>>{{"route"}, {"import", "--as", "walk"}}) {
+        const auto refusedFile = [&](const char* file, const char* kind, const char* words) {
+            std::vector<std::string> arguments = with;
+            arguments.insert(arguments.begin() + 1, file);
+            refused(arguments, 1, kind, words);
+        };
+        refusedFile("missing.gpx", "fileNotFound", "could not be found");
+        refusedFile("half.gpx", "invalidFormat", "line ");
+        refusedFile("page.gpx", "noTrackPoints", "a document of \"html\"");
+        refusedFile("old_page.gpx", "invalidFormat", "a web page");
+        refusedFile("packed.gpx", "invalidFormat", "a gzip archive");
+        refusedFile("notes.txt", "invalidFormat", "notes.txt");
+        refusedFile("empty.gpx", "noTrackPoints", "contains no track points");
+    }
+    refused({"route", "data"}, 1, "unreadable", "\"data\" is not a file");
+    refused({"import", "timeless.gpx", "--as", "walk"}, 1, "noTimes", "no times");
+    refused({"import", "timeless.gpx"}, 2, "usage", "add --as walk, run, hike or cycle");
+    refused({"import", "timeless.gpx", "--as", "swim"}, 2, "usage", "walk, run, hike, cycle");
+    CHECK(everything() == before);
+}
+
+TEST_CASE_FIXTURE(BadInput, "an activity that is not meant clearly is not touched, nor a file that is there") {
+    refused({"activity", "last"}, 1, "unknownActivity", "no activities yet");
+    SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
+    SqliteDocumentParts documents(defaults);
+    SessionHistory history(documents);
+    REQUIRE((history.add(sampleSession(0x1A)) && history.add(sampleSession(0x1B, 0))));
+    const auto before = everything();
+    refused({"activity", "7"}, 1, "unknownActivity", "pedvar activities");
+    refused({"activity", "0000001", "--delete", "--yes"}, 1, "ambiguousActivity", "2 activities");
+    refused({"activity", "0000001a", "--delete"}, 2, "usage", "--yes");
+    refused({"activity", "0000001a", "--delete", "--type", "run"}, 2, "usage", "--type");
+    refused({"activity", "0000001a", "--type", "swim"}, 2, "usage", "walk, run, hike, cycle");
+    refused({"export", "0000001b"}, 1, "noRoute", "without a route");
+    refused({"export", "0000001a", "--hide-home", "far"}, 2, "usage", "metres");
+    refused({"export", "0000001a", "--hide-home", "100"}, 1, "noRoute", "nothing is left");
+    refused({"export", "0000001a", "-o", "notes.txt"}, 1, "fileExists", "--force");
+    refused({"export", "0000001a", "-o", "data", "--force"}, 1, "unwritable", "\"data\" cannot be written");
+    refused({"export", "0000001a", "-o", "nowhere/walk.gpx"}, 1, "unwritable", "nowhere/walk.gpx");
+    CHECK(everything() == before);
+}
+
 TEST_CASE_FIXTURE(BadInput, "a truncated export is taken over as far as it goes") {
     writeFile(folder / "export.xml", sampleExport().substr(0, sampleExport().find("10:00:00")));
     const Outcome outcome = runPedvar(folder.path(), {"import", "export.xml", "--json", "--data", "new"});
@@ -138,7 +195,8 @@ TEST_CASE_FIXTURE(BadInput, "looking creates nothing and changes nothing") {
                                                                                              {"streaks"},
                                                                                              {"goal"},
                                                                                              {"settings"},
-                                                                                             {"sources"}}) {
+                                                                                             {"sources"},
+                                                                                             {"activities"}}) {
             std::vector<std::string> arguments{"--data", place};
             arguments.insert(arguments.end(), command.begin(), command.end());
             const Outcome outcome = runPedvar(folder.path(), arguments);

@@ -90,6 +90,9 @@ TEST_CASE("commands write only where they are told to change something") {
     CHECK(isWriting(SourcesRequest{{"Watch"}}));
     CHECK(!isWriting(DoctorRequest{}));
     CHECK(isWriting(DoctorRequest{DoctorRequest::Repair::rebuildTotals}));
+    CHECK(!isWriting(parsed<ActivityRequest>({"activity", "last"})));
+    CHECK(isWriting(parsed<ActivityRequest>({"activity", "last", "--type", "run"})));
+    CHECK(isWriting(parsed<ActivityRequest>({"activity", "last", "--yes", "--delete"})));
 }
 
 }  // namespace

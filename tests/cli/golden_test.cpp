@@ -66,6 +66,21 @@ TEST_CASE_FIXTURE(Golden, "an empty store says how to begin, and an import what 
     checkGolden("import.json", document.output);
 }
 
+TEST_CASE_FIXTURE(Golden, "a track of another program becomes an activity, with pictures and as GPX again") {
+    writeFile(folder / "walk.gpx", sampleTrack());
+    check("activities_empty", {"--data", "data", "activities"});
+    const Outcome screen = runPedvar(folder.path(), {"import", "walk.gpx", "--as", "hike", "--data", "data"});
+    CHECK(screen.errors == "");
+    checkGolden("import_gpx.txt", screen.output);
+    const Outcome document =
+        runPedvar(folder.path(), {"import", "walk.gpx", "--as", "hike", "--data", "data", "--json"});
+    checkGolden("import_gpx.json", document.output);
+    check("activities", {"--data", "data", "activities"});
+    check("activity", {"--data", "data", "activity", "last"});
+    check("route", {"--data", "data", "route", "walk.gpx"});
+    check("export", {"--data", "data", "export", "last", "--hide-home", "1400"});
+}
+
 TEST_CASE_FIXTURE(Golden, "a terminal without UTF-8 gets the same screen in ASCII") {
     writeSampleStore(folder / "data");
     const Arguments arguments{"--data", "data", "--now", sampleNow, "day", "yesterday"};

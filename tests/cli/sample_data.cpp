@@ -5,8 +5,11 @@
 #include "linux/health/health_database.h"
 #include "linux/health/sample_writer.h"
 #include "platform/health_store.h"
+#include "routes/gpx_writer.h"
 
+#include <cmath>
 #include <filesystem>
+#include <numbers>
 
 namespace pedvar {
 namespace {
@@ -74,6 +77,21 @@ void writeSampleStore(const std::filesystem::path& folder) {
     const Day first{2024y / 4 / 8};
     for (int number = 0; number < 24; ++number) addDay(store, first + std::chrono::days(number), number);
     store.finish();
+}
+
+std::string sampleTrack() {
+    constexpr int points = 360;
+    const double start = LocalTime(Day{2024y / 4 / 30}).time_since_epoch().count() + 4.5 * 3600;
+    std::vector<CLLocation> locations;
+    for (int i = 0; i <= points; ++i) {
+        const double angle = 2 * std::numbers::pi * i / points;
+        locations.push_back({.latitude = 52.5 + 0.004 * std::sin(2 * angle) + 0.003 * std::sin(angle),
+                             .longitude = 13.4 + 0.012 * (1 - std::cos(angle)),
+                             .altitude = 60 + 25 * std::sin(3 * angle),
+                             .verticalAccuracy = 3,
+                             .timestamp = dateFromUnix(start + 9 * i)});
+    }
+    return writeGPX(locations, "Round & round", "Walking", locations.front().timestamp);
 }
 
 std::string sampleExport() {

@@ -14,6 +14,9 @@ inline constexpr const char* sampleNow = "2024-05-01T18:30";
 /// the same hours but was left at home on two days.
 void writeSampleStore(const std::filesystem::path& folder);
 
+/// A GPX file of a round walk of 5 km on the morning of 30 April 2024.
+std::string sampleTrack();
+
 /// A health export of one day with a record that has no number.
 std::string sampleExport();
 

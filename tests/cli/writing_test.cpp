@@ -1,7 +1,10 @@
 #include "apps/cli/interruption.h"
 #include "cli/run_pedvar.h"
 #include "cli/sample_data.h"
-#include "linux/system/sqlite_defaults.h"
+#include "linux/system/nlohmann_json_parser.h"
+#include "linux/system/sqlite_document_parts.h"
+#include "recording/session_history.h"
+#include "support/sample_sessions.h"
 #include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
@@ -74,6 +77,46 @@ TEST_CASE_FIXTURE(Writing, "the order of sources decides who counts") {
     const Outcome ordered = run({"sources", "--order", "Ada’s Phone"});
     CHECK(ordered.output.find("Phone") < ordered.output.find("Watch"));
     CHECK(run({"day", "2024-04-30", "--json"}).output != before.output);
+}
+
+TEST_CASE_FIXTURE(Writing, "a track is one activity however often and as whatever copy it is imported") {
+    writeFile(folder / "walk.gpx", sampleTrack());
+    CHECK(run({"import", "walk.gpx", "--as", "walk"}).output.starts_with("Added: Walking, 30 April 2024 06:30"));
+    CHECK(run({"import", "walk.gpx", "--as", "run"}).output.starts_with("Already there: Walking"));
+    SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
+    SqliteDocumentParts documents(defaults);
+    REQUIRE(SessionHistory(documents).add(sampleSession(1, 30)));
+    CHECK(run({"export", "00000001", "-o", "copy.gpx"}).output == "30 points are in copy.gpx.\n");
+    CHECK(run({"import", "copy.gpx", "--as", "hike"}).output.starts_with("Already there: Hiking"));
+    CHECK(SessionHistory(documents).savedSessions().size() == 2);
+}
+
+TEST_CASE_FIXTURE(Writing, "of many files each is told, and that one is none fails the command at its end") {
+    writeFile(folder / "walk.gpx", sampleTrack());
+    writeFile(folder / "note.gpx", "Nothing");
+    const Outcome document = run({"route", "note.gpx", "walk.gpx", "missing.gpx", "--json", "--points"});
+    CHECK(document.exitCode == 1);
+    const auto parsed = NlohmannJsonParser().parse(document.output);
+    REQUIRE(parsed.has_value());
+    const JsonArray& files = *parsed->member("files")->as<JsonArray>();
+    REQUIRE(files.size() == 3);
+    CHECK(files[0].member("error")->member("kind")->value == JsonValue{"invalidFormat"}.value);
+    CHECK(files[1].member("route")->as<JsonArray>()->front().as<JsonArray>()->size() == 361);
+    CHECK(parsed->member("error")->member("message")->value == JsonValue{"2 of 3 files could not be read."}.value);
+}
+
+TEST_CASE_FIXTURE(Writing, "an activity is named anew, written over an old file, and deleted") {
+    writeFile(folder / "walk.gpx", sampleTrack());
+    run({"import", "walk.gpx", "--as", "walk"});
+    CHECK(run({"activity", "last", "--type", "cycle"}).output.starts_with("Now: Cycling, 30 April 2024"));
+    CHECK(run({"activity", "last"}).output.contains(" km/h"));
+    writeFile(folder / "old.gpx", "old");
+    CHECK(run({"export", "last", "-o", "old.gpx", "--force"}).exitCode == 0);
+    CHECK(readFile(folder / "old.gpx") == run({"export", "last"}).output);
+    CHECK(run({"route", "old.gpx", "walk.gpx", "--json", "--points"}).exitCode == 0);
+    CHECK(run({"activity", "last", "--delete", "--yes", "--json"}).output.ends_with("\"deleted\":true}\n"));
+    CHECK(run({"activities", "--json"}).output == "{\"activities\":[]}\n");
+    CHECK(std::ranges::distance(std::filesystem::directory_iterator(folder.path())) == 3);  // nothing unfinished
 }
 
 TEST_CASE_FIXTURE(Writing, "what is stored is for its owner only") {

@@ -71,7 +71,9 @@ void tryCheckpoint(const std::vector<std::string>& texts) {
     (*state)->routePoints.push_back(samplePoint(1));
     (*state)->session.route = (*state)->routePoints;
     check(checkpoints.save(**state, CheckpointTiming::forced).has_value(), "a checkpoint cannot be written");
-    check(documents.document(inProgressKey) == encodeJson(**state), "a checkpoint reads back as another one");
+    // Not as texts: points of old parts keep what other versions have written beside their members.
+    const auto again = readJson<InProgressState>(documents.document(inProgressKey));
+    check(again && encodeJson(*again) == encodeJson(**state), "a checkpoint reads back as another one");
     check(checkpoints.finish(retired(**state)).has_value(), "a recording cannot be finished");
 }
 

@@ -1,4 +1,4 @@
-/// The zip layer: survives any archive. Built with -fsanitize=fuzzer.
+/// The zip layer: survives any archive.
 #include "core/check.h"
 #include "linux/import/export_package.h"
 #include "linux/import/route_files.h"

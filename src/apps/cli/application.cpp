@@ -78,7 +78,8 @@ Application::Application(const GlobalOptions& options, std::filesystem::path fol
       text_(catalogue_),
       defaults_(folder_, access == Access::readWrite ? SqliteDefaults::Access::readWrite
                                                      : SqliteDefaults::Access::readOnly),
-      settings_(defaults_, json_, locale_) {}
+      settings_(defaults_, json_, locale_),
+      documents_(defaults_) {}
 
 Application::~Application() = default;
 
@@ -119,6 +120,11 @@ Screen Application::screen() const {
         .palette = terminalBehind(STDOUT_FILENO, linuxSettings().colorOutput).palette,
         .accent = stepColor(preferences),
     };
+}
+
+SessionHistory& Application::sessions() {
+    if (!sessions_) sessions_.emplace(documents_);
+    return *sessions_;
 }
 
 CommandResult<Health*> Application::health() {

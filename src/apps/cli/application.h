@@ -12,8 +12,10 @@
 #include "linux/system/nlohmann_json_parser.h"
 #include "linux/system/process_zone.h"
 #include "linux/system/sqlite_defaults.h"
+#include "linux/system/sqlite_document_parts.h"
 #include "linux/system/system_log.h"
 #include "platform/clock.h"
+#include "recording/session_history.h"
 
 #include <filesystem>
 #include <functional>
@@ -58,6 +60,9 @@ public:
     /// How standard output shows things, by the stored preferences.
     Screen screen() const;
 
+    /// The recorded activities.
+    SessionHistory& sessions();
+
     /// The health store with its managers, for reading.
     CommandResult<Health*> health();
 
@@ -88,6 +93,8 @@ private:
     EventLoop loop_;
     SqliteDefaults defaults_;
     SettingsStore settings_;
+    SqliteDocumentParts documents_;
+    std::optional<SessionHistory> sessions_;  // read when first asked for
     std::unique_ptr<Health> health_;
     std::unique_ptr<Companion> companion_;
 };

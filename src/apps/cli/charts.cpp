@@ -13,12 +13,6 @@ constexpr std::array<std::string_view, 9> fromLeft{" ", "▏", "▎", "▍", "�
 constexpr std::array<std::string_view, 9> fromBelow{" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
 constexpr std::size_t eighths = 8;
 
-std::string repeated(std::string_view text, std::size_t count) {
-    std::string result;
-    for (std::size_t i = 0; i < count; ++i) result += text;
-    return result;
-}
-
 /// `share` of `whole`, at least 1 when the share is above 0.
 std::size_t part(double share, std::size_t whole) {
     if (!(share > 0)) return 0;
@@ -53,10 +47,16 @@ std::vector<std::string> columnLines(std::span<const std::int64_t> values, const
         for (std::size_t line = 0; line < chart.height; ++line) {
             const std::size_t below = (chart.height - 1 - line) * eighths;
             const std::size_t here = filled > below ? std::min(filled - below, eighths) : 0;
-            lines[line] += repeated(fromBelow.at(here), chart.columnWidth) + " ";
+            lines[line] += repeated(fromBelow.at(here), chart.columnWidth) + std::string(chart.gap, ' ');
         }
     }
     return lines;
+}
+
+std::string repeated(std::string_view text, std::size_t count) {
+    std::string result;
+    for (std::size_t i = 0; i < count; ++i) result += text;
+    return result;
 }
 
 std::string rightAligned(std::string_view text, std::size_t width) {

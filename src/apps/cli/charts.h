@@ -22,12 +22,15 @@ std::string groove(std::string_view bar, std::size_t width);
 /// The size of upright bars that stand side by side.
 struct ColumnChart {
     std::size_t height = 6;       // lines
-    std::size_t columnWidth = 2;  // columns of the screen, followed by one blank
+    std::size_t columnWidth = 2;  // columns of the screen
+    std::size_t gap = 1;          // blanks behind each
 };
 
 /// The lines of the chart from the top down, without axes. The greatest of `values` reaches the top; none is
 /// negative.
 std::vector<std::string> columnLines(std::span<const std::int64_t> values, const ColumnChart& chart);
+
+std::string repeated(std::string_view text, std::size_t count);
 
 /// `text` with blanks before or behind it, up to `width` columns.
 std::string rightAligned(std::string_view text, std::size_t width);

@@ -33,11 +33,64 @@ struct Grammar {
     }
 };
 
+void describeActivities(Grammar& grammar) {
+    grammar.command<ActivitiesRequest>("activities", "All activities, the newest first");
+    grammar.command<ActivityRequest>(
+        "activity", "One activity with its route", [](CLI::App& command, ActivityRequest& request) {
+            command.add_option("ID", request.activity, "The beginning of its identifier, or last")->required();
+            CLI::Option* const type =
+                command.add_option("--type", request.type, "Make it a walk, run, hike or cycle")
+                    ->type_name("TYPE");
+            CLI::Option* const deletion = command.add_flag_callback(
+                "--delete",
+                [&request] {
+                    if (request.deletion == ActivityRequest::Deletion::none) {
+                        request.deletion = ActivityRequest::Deletion::whenConfirmed;
+                    }
+                },
+                "Delete it, after a question");
+            deletion->excludes(type);
+            command
+                .add_flag_callback(
+                    "--yes", [&request] { request.deletion = ActivityRequest::Deletion::atOnce; },
+                    "Without the question")
+                ->needs(deletion);
+        });
+    grammar.command<RouteRequest>("route", "What GPX files hold", [](CLI::App& command, RouteRequest& request) {
+        command.add_option("FILE", request.paths, "The GPX files")->required();
+        command.add_flag_callback(
+            "--points", [&request] { request.detail = RouteRequest::Detail::points; }, "With --json: every point");
+    });
+    grammar.command<ExportRequest>(
+        "export", "Write the route of an activity as GPX", [](CLI::App& command, ExportRequest& request) {
+            command.add_option("ID", request.activity, "The beginning of its identifier, or last")->required();
+            CLI::Option* const file =
+                command.add_option("-o,--output", request.file, "Write to this file instead of standard output")
+                    ->type_name("FILE");
+            command
+                .add_flag_callback(
+                    "--force", [&request] { request.existing = ExportRequest::Existing::overwrite; },
+                    "Replace the file when it is there")
+                ->needs(file);
+            command
+                .add_option("--hide-home", request.hiddenRadius,
+                            "Cut what lies this near to where the route begins and ends")
+                ->type_name("METRES");
+        });
+}
+
 void describeCommands(Grammar& grammar) {
     grammar.command<ImportRequest>(
-        "import", "Read a phone's health export", [](CLI::App& command, ImportRequest& request) {
-            command.add_option("FILE", request.paths, "The XML document, the zip or the unpacked folder")
+        "import", "Read a phone's health export, or an activity from GPX",
+        [](CLI::App& command, ImportRequest& request) {
+            command
+                .add_option("FILE", request.paths,
+                            "The XML document, the zip or the unpacked folder; or a GPX file")
                 ->required();
+            command
+                .add_option("--as", request.activityType,
+                            "What the activity of a GPX file was: walk, run, hike or cycle")
+                ->type_name("TYPE");
         });
     grammar.command<TodayRequest>("today", "Today's steps, the goal and the streak");
     grammar.command<DayRequest>("day", "One day with its hours", [](CLI::App& command, DayRequest& request) {
@@ -50,6 +103,7 @@ void describeCommands(Grammar& grammar) {
         command.add_option("MONTH", request.month, "YYYY-MM; this month without it");
     });
     grammar.command<StreaksRequest>("streaks", "Days in a row on which the goal was met");
+    describeActivities(grammar);
     grammar.command<GoalRequest>(
         "goal", "Show or set the daily goal", [](CLI::App& command, GoalRequest& request) {
             command.add_option("STEPS", request.goal, "The goal from today on, 1 to 1000000");
@@ -85,6 +139,9 @@ struct Writing {
     bool operator()(const SettingsRequest& settings) const { return settings.value.has_value(); }
     bool operator()(const SourcesRequest& sources) const { return !sources.order.empty(); }
     bool operator()(const DoctorRequest& doctor) const { return doctor.repair != DoctorRequest::Repair::none; }
+    bool operator()(const ActivityRequest& activity) const {
+        return activity.type || activity.deletion != ActivityRequest::Deletion::none;
+    }
     bool operator()(const auto&) const { return false; }
 };
 

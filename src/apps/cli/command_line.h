@@ -23,6 +23,26 @@ struct GlobalOptions {
 
 struct ImportRequest {
     std::vector<std::string> paths;
+    std::optional<std::string> activityType;  // of the GPX files among them
+};
+struct RouteRequest {
+    enum class Detail { summary, points };
+    std::vector<std::string> paths;
+    Detail detail = Detail::summary;
+};
+struct ActivitiesRequest {};
+struct ActivityRequest {
+    enum class Deletion { none, whenConfirmed, atOnce };
+    std::string activity;
+    std::optional<std::string> type;  // to change to
+    Deletion deletion = Deletion::none;
+};
+struct ExportRequest {
+    enum class Existing { keep, overwrite };
+    std::string activity;
+    std::optional<std::string> file;
+    std::optional<std::string> hiddenRadius;
+    Existing existing = Existing::keep;
 };
 struct TodayRequest {};
 struct DayRequest {
@@ -51,7 +71,8 @@ struct DoctorRequest {
 };
 
 using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
-                             GoalRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
+                             GoalRequest, SettingsRequest, SourcesRequest, DoctorRequest, RouteRequest,
+                             ActivitiesRequest, ActivityRequest, ExportRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {

@@ -1,5 +1,9 @@
 #include "apps/cli/error.h"
 
+#include "core/reflection.h"
+
+#include <fmt/format.h>
+
 namespace pedvar {
 namespace {
 
@@ -61,7 +65,23 @@ ErrorKind kindOf(ImportError::Kind kind) {
     return ErrorKind::notAnExport;
 }
 
+ErrorKind kindOf(GPXError error) {
+    switch (error) {
+        case GPXError::noTrackPoints:
+            return ErrorKind::noTrackPoints;
+        case GPXError::fileNotFound:
+            return ErrorKind::fileNotFound;
+        case GPXError::invalidFormat:
+            break;
+    }
+    return ErrorKind::invalidFormat;
+}
+
 }  // namespace
+
+JsonValue errorDocument(const CommandError& error) {
+    return {JsonObject{{"kind", {std::string(caseName(error.kind))}}, {"message", {error.message}}}};
+}
 
 CommandError errorOf(const StoreError& error) {
     return {kindOf(error.kind), error.message};
@@ -73,6 +93,10 @@ CommandError errorOf(const DefaultsError& error) {
 
 CommandError errorOf(const ImportError& error) {
     return {kindOf(error.kind), error.message};
+}
+
+CommandError errorOf(const GPXFailure& failure, const std::string& file) {
+    return {kindOf(failure.error), fmt::format("\"{}\": {}", file, failure.message())};
 }
 
 }  // namespace pedvar

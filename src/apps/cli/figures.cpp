@@ -76,6 +76,45 @@ std::string Figures::distance(double meters) const {
     return text_("{} km", number(meters / metersPerKilometer, 1));
 }
 
+std::string Figures::height(double meters) const {
+    const std::string shown = number(meters / smallUnitLength(), 0);
+    return distanceUnit_ == DistanceUnit::miles ? text_("{} ft", shown) : text_("{} m", shown);
+}
+
+std::string Figures::duration(double seconds) const {
+    constexpr double longest = 1e12;
+    if (!(std::abs(seconds) < longest)) return "–";
+    const auto whole = static_cast<std::int64_t>(std::llround(std::max(seconds, 0.0)));
+    const std::int64_t hours = whole / 3600;
+    if (hours == 0) return fmt::format("{}:{:02}", whole / 60, whole % 60);
+    return fmt::format("{}:{:02}:{:02}", number(hours), whole / 60 % 60, whole % 60);
+}
+
+std::string Figures::pace(double secondsPerMeter) const {
+    constexpr double slowest = 100 * 60;  // seconds a unit
+    const double perUnit = secondsPerMeter * unitLength();
+    if (!(perUnit > 0 && perUnit < slowest)) return "–";
+    return text_("{0} /{1}", duration(perUnit), unitName());
+}
+
+std::string Figures::speed(double metersPerSecond) const {
+    const std::string perHour = number(metersPerSecond * 3600 / unitLength(), 1);
+    return distanceUnit_ == DistanceUnit::miles ? text_("{} mph", perHour) : text_("{} km/h", perHour);
+}
+
+double Figures::unitLength() const {
+    return distanceUnit_ == DistanceUnit::miles ? metersPerMile : metersPerKilometer;
+}
+
+double Figures::smallUnitLength() const {
+    constexpr double metersPerFoot = 0.3048;
+    return distanceUnit_ == DistanceUnit::miles ? metersPerFoot : 1;
+}
+
+std::string Figures::unitName() const {
+    return distanceUnit_ == DistanceUnit::miles ? text_("mi") : text_("km");
+}
+
 std::string Figures::energy(double kilocalories) const {
     return text_("{} kcal", number(kilocalories, 0));
 }
@@ -101,6 +140,16 @@ std::string Figures::date(Day day) const {
     const std::chrono::year_month_day parts(day);
     return text_("{0} {1} {2}", static_cast<unsigned>(parts.day()), monthName(parts.month()),
                  static_cast<int>(parts.year()));
+}
+
+std::string Figures::time(LocalTime time) const {
+    const auto ofDay = time - std::chrono::floor<std::chrono::days>(time);
+    const auto whole = std::chrono::floor<std::chrono::minutes>(ofDay).count();
+    const auto hour = static_cast<int>(whole / 60);
+    const auto minute = static_cast<int>(whole % 60);
+    if (!isTwelveHourClock_) return fmt::format("{:02}:{:02}", hour, minute);
+    const int shown = hour % 12 == 0 ? 12 : hour % 12;
+    return hour < 12 ? text_("{0}:{1:02} AM", shown, minute) : text_("{0}:{1:02} PM", shown, minute);
 }
 
 std::string Figures::weekdayAndDay(Day day) const {

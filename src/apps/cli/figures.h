@@ -26,6 +26,19 @@ public:
     std::string days(std::int64_t count) const;
     /// In the preferred unit: "6.1 km", "3.8 mi".
     std::string distance(double meters) const;
+    /// In metres, or in feet where distances are in miles: "312 m", "1,024 ft".
+    std::string height(double meters) const;
+    /// "1:12:30", "4:05"; minutes and seconds at least.
+    std::string duration(double seconds) const;
+    /// Per preferred unit: "11:51 /km"; "–" for what is no pace or slower than 100 minutes.
+    std::string pace(double secondsPerMeter) const;
+    /// "24.3 km/h", "15.1 mph".
+    std::string speed(double metersPerSecond) const;
+    /// The length of the preferred unit of distance, in metres, and its name: "km", "mi".
+    double unitLength() const;
+    /// The length of the unit of heights, in metres.
+    double smallUnitLength() const;
+    std::string unitName() const;
     /// "312 kcal".
     std::string energy(double kilocalories) const;
     /// "48 min".
@@ -37,6 +50,8 @@ public:
     std::string longDate(Day day) const;
     /// "1 May 2024".
     std::string date(Day day) const;
+    /// "06:30", "6:30 AM".
+    std::string time(LocalTime time) const;
     /// "Wed  1".
     std::string weekdayAndDay(Day day) const;
     /// "May 2024".

@@ -1,6 +1,9 @@
 #include "apps/cli/moment.h"
 
+#include <fmt/format.h>
+
 #include <charconv>
+#include <cstdlib>
 
 namespace pedvar {
 namespace {
@@ -86,6 +89,20 @@ std::optional<Date> parseMoment(std::string_view text, const ZoneRules& zone) {
     const auto east = offset(scanner);
     if (!east || !scanner.rest.empty()) return std::nullopt;
     return dateFromUnix((shown.time_since_epoch() - *east).count());
+}
+
+std::string isoText(Date moment, const Calendar& calendar) {
+    const auto round = [](Seconds time) { return std::chrono::round<std::chrono::milliseconds>(time); };
+    const auto local = round(calendar.localTime(moment).time_since_epoch());
+    const auto utc = round(Seconds(unixSeconds(moment)));
+    const auto day = std::chrono::floor<std::chrono::days>(local);
+    const std::chrono::hh_mm_ss time(local - day);
+    const auto offset = std::chrono::round<minutes>(local - utc).count();
+    const auto fraction = time.subseconds().count();
+    return fmt::format("{}T{:02}:{:02}:{:02}{}{}{:02}:{:02}", isoText(Day(day)), time.hours().count(),
+                       time.minutes().count(), time.seconds().count(),
+                       fraction == 0 ? "" : fmt::format(".{:03}", fraction), offset < 0 ? '-' : '+',
+                       std::abs(offset) / 60, std::abs(offset) % 60);
 }
 
 }  // namespace pedvar

@@ -4,6 +4,7 @@
 #include "core/calendar.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace pedvar {
@@ -13,5 +14,9 @@ namespace pedvar {
 /// day can be looked at. None when the text is something else or no such moment exists; seconds may have a
 /// fraction.
 std::optional<Date> parseMoment(std::string_view text, const ZoneRules& zone);
+
+/// The moment as the calendar's zone shows it, with its offset, to the millisecond: "2024-05-01T06:30:00+02:00",
+/// "2024-05-01T06:30:00.250+02:00". Years 1 to 9999.
+std::string isoText(Date moment, const Calendar& calendar);
 
 }  // namespace pedvar

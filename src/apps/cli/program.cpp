@@ -12,10 +12,6 @@
 namespace pedvar {
 namespace {
 
-JsonValue errorDocument(const CommandError& error) {
-    return {JsonObject{{"kind", {std::string(caseName(error.kind))}}, {"message", {error.message}}}};
-}
-
 /// False when the text did not reach the file.
 bool write(std::FILE* file, const std::string& text) {
     return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
@@ -35,7 +31,8 @@ void tell(std::string_view message) {
     write(stderr, finished(fmt::format("pedvar: {}\n", harmless(message)), STDERR_FILENO));
 }
 
-CommandResult<Report> answer(std::span<const char* const> arguments) {
+/// What is opened to answer goes into `application`, which has to live until the answer is shown.
+CommandResult<Report> answer(std::span<const char* const> arguments, std::unique_ptr<Application>& application) {
     auto line = parseCommandLine(arguments);
     if (!line) return std::unexpected(line.error());
     if (const auto* information = std::get_if<Information>(&line->wish)) {
@@ -43,29 +40,35 @@ CommandResult<Report> answer(std::span<const char* const> arguments) {
         return Report{JsonObject{{information->key, {information->text}}}};
     }
     const Request& request = std::get<Request>(line->wish);
-    const auto application =
-        Application::open(line->global, isWriting(request) ? Access::readWrite : Access::readOnly);
-    if (!application) return std::unexpected(application.error());
-    if (const auto& warning = (*application)->warning()) tell(*warning);
-    const auto problems = (*application)->defaults().problems();
+    auto opened = Application::open(line->global, isWriting(request) ? Access::readWrite : Access::readOnly);
+    if (!opened) return std::unexpected(opened.error());
+    application = std::move(*opened);
+    if (const auto& warning = application->warning()) tell(*warning);
+    const auto problems = application->defaults().problems();
     if (!problems.empty() && !std::holds_alternative<DoctorRequest>(request)) {
         return std::unexpected(errorOf(problems.front()));
     }
-    return std::visit([&](const auto& wanted) { return run(wanted, **application); }, request);
+    return std::visit([&](const auto& wanted) { return run(wanted, *application); }, request);
 }
 
-std::optional<CommandError> show(const CommandResult<Report>& result, OutputFormat format) {
+std::optional<CommandError> show(CommandResult<Report> result, OutputFormat format) {
     auto problem = result ? result->problem : std::optional(result.error());
     std::string text;
-    if (format == OutputFormat::json) {
+    bool isWritten = true;
+    if (auto* const answer = result ? std::get_if<LongAnswer>(&result->content) : nullptr) {
+        problem = (*answer)([&](std::string_view piece) {
+            isWritten = isWritten && std::fwrite(piece.data(), 1, piece.size(), stdout) == piece.size();
+        });
+    } else if (format == OutputFormat::json) {
         JsonObject document;
-        if (result) document = std::get<JsonObject>(result->content);
+        if (result) document = std::get<JsonObject>(std::move(result->content));
         if (problem) document.emplace_back("error", errorDocument(*problem));
         text = jsonText({std::move(document)}) + "\n";
     } else if (result) {
         text = finished(std::get<std::string>(result->content), STDOUT_FILENO);
     }
-    if (!write(stdout, text) && !problem) {
+    isWritten = write(stdout, text) && isWritten;
+    if (!isWritten && !problem) {
         problem = CommandError{ErrorKind::failed, "standard output cannot be written"};
         tell(problem->message);
     } else if (problem && format == OutputFormat::screen) {
@@ -77,7 +80,8 @@ std::optional<CommandError> show(const CommandResult<Report>& result, OutputForm
 }  // namespace
 
 ExitCode runProgram(std::span<const char* const> arguments) {
-    const auto problem = show(answer(arguments), formatOf(arguments));
+    std::unique_ptr<Application> application;
+    const auto problem = show(answer(arguments, application), formatOf(arguments));
     return problem ? exitCodeOf(*problem) : ExitCode::done;
 }
 

@@ -49,15 +49,20 @@ Charset environmentCharset() {
 }
 
 std::string_view likeness(std::string_view character) {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 28> likenesses{{
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 34> likenesses{{
         {"█", "#"}, {"▉", "#"}, {"▊", "#"}, {"▋", "#"}, {"▌", "#"},      {"▍", " "},      {"▎", " "},
         {"▏", " "}, {"▇", "#"}, {"▆", "#"}, {"▅", "#"}, {"▄", ":"},      {"▃", ":"},      {"▂", "."},
         {"▁", "."}, {"░", "."}, {"│", "|"}, {"┤", "+"}, {"└", "+"},      {"─", "-"},      {"┼", "+"},
         {"✓", "*"}, {"–", "-"}, {"…", "."}, {"’", "'"}, {"\u00A0", " "}, {"\u202F", " "}, {"·", "-"},
+        {"○", "o"}, {"●", "@"}, {"◉", "@"}, {"├", "+"}, {"┬", "+"},      {"▲", "^"},
     }};
     if (character.size() == 1 && static_cast<unsigned char>(character.front()) < 0x80) return character;
     for (const auto& [from, to] : likenesses) {
         if (from == character) return to;
+    }
+    if (character.starts_with("\xE2\xA0") || character.starts_with("\xE2\xA1") ||
+        character.starts_with("\xE2\xA2") || character.starts_with("\xE2\xA3")) {
+        return character == "\u2800" ? " " : "*";  // Braille
     }
     return "?";
 }

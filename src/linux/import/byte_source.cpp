@@ -53,9 +53,9 @@ ImportResult<std::unique_ptr<ByteSource>> openFile(const std::filesystem::path& 
     struct stat status{};
     if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         ::close(descriptor);
-        return std::unexpected(ImportError{
-            ImportError::Kind::unreadable,
-            fmt::format("\"{}\" is not a file. Save the export as a file and import that.", path.string())});
+        return std::unexpected(
+            ImportError{ImportError::Kind::unreadable,
+                        fmt::format("\"{}\" is not a file. Save as a file what is to be read.", path.string())});
     }
     ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
     return std::make_unique<FileSource>(path, descriptor, static_cast<std::uint64_t>(status.st_size));

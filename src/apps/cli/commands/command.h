@@ -5,17 +5,26 @@
 #include "apps/cli/error.h"
 #include "core/json_value.h"
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace pedvar {
 
 class Application;
 
+/// Takes text for standard output, piece by piece.
+using TextSink = std::function<void(std::string_view)>;
+
+/// Writes an answer that is too long to be held, document and error or text as they have to appear. Called while
+/// the application lives.
+using LongAnswer = std::move_only_function<std::optional<CommandError>(const TextSink&)>;
+
 /// What a command answers: a JSON document where one was asked for, otherwise text for a person, as UTF-8.
 struct Report {
-    std::variant<JsonObject, std::string> content;
+    std::variant<JsonObject, std::string, LongAnswer> content;
     std::optional<CommandError> problem =
         std::nullopt;  // ends the command with failure, below what it has to show
 };
@@ -30,5 +39,9 @@ CommandResult<Report> run(const GoalRequest& request, Application& application);
 CommandResult<Report> run(const SettingsRequest& request, Application& application);
 CommandResult<Report> run(const SourcesRequest& request, Application& application);
 CommandResult<Report> run(const DoctorRequest& request, Application& application);
+CommandResult<Report> run(const RouteRequest& request, Application& application);
+CommandResult<Report> run(const ActivitiesRequest& request, Application& application);
+CommandResult<Report> run(const ActivityRequest& request, Application& application);
+CommandResult<Report> run(const ExportRequest& request, Application& application);
 
 }  // namespace pedvar

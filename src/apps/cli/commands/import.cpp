@@ -1,18 +1,22 @@
 #include "apps/cli/application.h"
 #include "apps/cli/commands/command.h"
+#include "apps/cli/commands/import_activities.h"
 #include "apps/cli/commands/import_views.h"
+#include "apps/cli/gpx_file.h"
 #include "apps/cli/health.h"
 #include "apps/cli/interruption.h"
 #include "apps/cli/progress_bar.h"
+#include "linux/import/document_look.h"
 #include "linux/import/health_importer.h"
 
 #include <unistd.h>
+#include <algorithm>
 #include <stop_token>
 
 namespace pedvar {
 namespace {
 
-ImportReport readExports(const ImportRequest& request, Health& health, const Application& application) {
+ImportReport readExports(const std::vector<std::string>& files, Health& health, const Application& application) {
     const Screen screen = application.screen();
     ProgressBar bar(screen.figures, screen.text, terminalBehind(STDERR_FILENO, ColorOutput::never));
     const Interruption interruption;
@@ -21,7 +25,7 @@ ImportReport readExports(const ImportRequest& request, Health& health, const App
         if (interruption.hasHappened()) stop.request_stop();
         bar.show(static_cast<double>(progress.bytesDone), static_cast<double>(progress.bytesTotal));
     };
-    const std::vector<std::filesystem::path> paths(request.paths.begin(), request.paths.end());
+    const std::vector<std::filesystem::path> paths(files.begin(), files.end());
     SampleWriter writer(health.database);
     return HealthImporter(writer).run(paths, showProgress, stop.get_token());
 }
@@ -63,19 +67,93 @@ std::optional<CommandError> problemOf(const ImportReport& report, const Texts& t
     return std::nullopt;
 }
 
+/// The files of an import by what they hold.
+struct SortedFiles {
+    std::vector<std::string> exports;
+    std::vector<std::string> gpx;
+};
+
+/// What is neither goes where the person says that it belongs.
+SortedFiles sorted(const ImportRequest& request) {
+    SortedFiles files;
+    for (const std::string& path : request.paths) {
+        bool isGPX = isGPXFile(path);
+        if (!isGPX && request.activityType) {
+            const auto head = headOf(openFile(path));
+            const auto kind = head ? lookOf(*head).kind : DocumentLook::Kind::other;
+            std::error_code error;
+            isGPX = kind != DocumentLook::Kind::healthExport && kind != DocumentLook::Kind::archive &&
+                    !std::filesystem::is_directory(path, error);
+        }
+        (isGPX ? files.gpx : files.exports).push_back(path);
+    }
+    return files;
+}
+
+/// Of what the activities of GPX files were; none when there are no such files.
+CommandResult<std::optional<ActivityType>> typeOf(const ImportRequest& request, const SortedFiles& files,
+                                                  const Texts& text) {
+    if (!request.activityType) {
+        if (files.gpx.empty()) return std::nullopt;
+        return usageError(text("\"{}\" is a GPX file; add --as walk, run, hike or cycle to say what it was.",
+                               files.gpx.front()));
+    }
+    const auto type = activityTypeNamed(*request.activityType, text);
+    if (!type) return std::unexpected(type.error());
+    if (files.gpx.empty())
+        return usageError(text("--as is for GPX files, and \"{}\" is none.", files.exports.front()));
+    return *type;
+}
+
+struct ExportsImported {
+    ImportReport report;
+    std::optional<CommandError> problem;
+};
+
+CommandResult<ExportsImported> importExports(const std::vector<std::string>& paths, Application& application) {
+    const auto health = application.health();
+    if (!health) return std::unexpected(health.error());
+    ExportsImported result{readExports(paths, **health, application), std::nullopt};
+    const ImportReport& report = result.report;
+    result.problem = problemOf(report, application.text());
+    if (report.counts.read > 0 || report.person.dateOfBirth || report.person.sex) {
+        const auto followed = follow(report, application);
+        if (!followed && !result.problem) result.problem = followed.error();
+    }
+    return result;
+}
+
+std::optional<CommandError> problemOf(const std::vector<ImportedGPX>& imported) {
+    const auto failed =
+        std::ranges::find_if(imported, [](const ImportedGPX& gpx) { return gpx.error.has_value(); });
+    return failed == imported.end() ? std::nullopt : failed->error;
+}
+
 }  // namespace
 
 CommandResult<Report> run(const ImportRequest& request, Application& application) {
-    const auto health = application.health();
-    if (!health) return std::unexpected(health.error());
-    const ImportReport report = readExports(request, **health, application);
-    auto problem = problemOf(report, application.text());
-    if (report.counts.read > 0 || report.person.dateOfBirth || report.person.sex) {
-        const auto followed = follow(report, application);
-        if (!followed && !problem) problem = followed.error();
+    const SortedFiles files = sorted(request);
+    const auto type = typeOf(request, files, application.text());
+    if (!type) return std::unexpected(type.error());
+    JsonObject document;
+    std::string view;
+    std::optional<CommandError> problem;
+    if (!files.exports.empty()) {
+        const auto imported = importExports(files.exports, application);
+        if (!imported) return std::unexpected(imported.error());
+        problem = imported->problem;
+        document = importDocument(imported->report);
+        view = importView(imported->report, application.screen());
     }
-    if (application.wantsJson()) return Report{importDocument(report), std::move(problem)};
-    return Report{importView(report, application.screen()), std::move(problem)};
+    if (*type) {
+        const auto imported = importActivities(files.gpx, **type, application);
+        if (!problem) problem = problemOf(imported);
+        document.emplace_back("activities", JsonValue{importedDocument(imported)});
+        if (!view.empty()) view += "\n";
+        view += importedView(imported, application.screen(), application.settings().calendar());
+    }
+    if (application.wantsJson()) return Report{std::move(document), std::move(problem)};
+    return Report{std::move(view), std::move(problem)};
 }
 
 }  // namespace pedvar

@@ -31,12 +31,7 @@ JsonObject countsDocument(const ImportCounts& counts) {
 JsonValue fileDocument(const ImportedFile& file) {
     JsonObject result{{"file", {file.name}}};
     for (auto& member : countsDocument(file.counts)) result.push_back(std::move(member));
-    JsonValue error;
-    if (file.error) {
-        const CommandError told = errorOf(file);
-        error = {JsonObject{{"kind", {std::string(caseName(told.kind))}}, {"message", {told.message}}}};
-    }
-    result.emplace_back("error", std::move(error));
+    result.emplace_back("error", file.error ? errorDocument(errorOf(file)) : JsonValue());
     return {std::move(result)};
 }
 

@@ -1,0 +1,70 @@
+#include "apps/cli/activity_list.h"
+#include "apps/cli/application.h"
+#include "apps/cli/charts.h"
+#include "apps/cli/commands/command.h"
+
+namespace pedvar {
+namespace {
+
+JsonObject document(const std::vector<ListedActivity>& activities, const Calendar& calendar) {
+    JsonArray entries;
+    for (const ListedActivity& activity : activities) entries.push_back({activityDocument(activity, calendar)});
+    return {{"activities", {std::move(entries)}}};
+}
+
+std::string line(const ListedActivity& activity, const Screen& screen, const Calendar& calendar) {
+    const Figures& figures = screen.figures;
+    const LocalTime start = calendar.localTime(activity.startTime);
+    const auto shown = [](const std::optional<double>& value, const auto& figure) {
+        return value ? figure(*value) : std::string();
+    };
+    const auto pace = [&](double minutesPerKilometer) {
+        return paceOf(activity, minutesPerKilometer * 60 / 1000, figures);
+    };
+    return leftAligned(figures.weekdayAndDay(std::chrono::floor<std::chrono::days>(start)), 7) +
+           rightAligned(figures.time(start), 9) + "  " + leftAligned(harmless(activity.typeName), 10) +
+           rightAligned(shown(activity.distance, [&](double meters) { return figures.distance(meters); }), 9) +
+           rightAligned(shown(activity.duration, [&](double seconds) { return figures.duration(seconds); }), 10) +
+           rightAligned(shown(activity.averagePace, pace), 12) +
+           rightAligned(shown(activity.elevationGain, [&](double gain) { return "+" + figures.height(gain); }),
+                        10) +
+           "  " + screen.faint(shortId(activity.id)) + "\n";
+}
+
+std::string view(const std::vector<ListedActivity>& activities, const Screen& screen, const Calendar& calendar) {
+    if (activities.empty()) {
+        return screen.text(
+            "There are no activities yet. One that another program has recorded is\n"
+            "brought here like this:\n\n    pedvar import walk.gpx --as walk\n");
+    }
+    std::string result;
+    std::optional<std::chrono::year_month> shown;
+    for (const ListedActivity& activity : activities) {
+        const auto ofActivity =
+            month(std::chrono::floor<std::chrono::days>(calendar.localTime(activity.startTime)));
+        if (shown != ofActivity) {
+            result += (shown ? "\n" : "") + screen.bold(screen.figures.month(ofActivity)) + "\n\n";
+            shown = ofActivity;
+        }
+        result += line(activity, screen, calendar);
+    }
+    return result;
+}
+
+}  // namespace
+
+CommandResult<Report> run(const ActivitiesRequest&, Application& application) {
+    const SessionHistory& history = application.sessions();
+    const auto activities = activitiesOf(history, application.text());
+    const Calendar calendar = application.settings().calendar();
+    std::optional<CommandError> problem;
+    if (const std::size_t count = history.unreadableCount(); count > 0) {
+        problem =
+            CommandError{ErrorKind::damaged,
+                         application.text()("Of the stored activities, {} cannot be read; they are kept.", count)};
+    }
+    if (application.wantsJson()) return Report{document(activities, calendar), std::move(problem)};
+    return Report{view(activities, application.screen(), calendar), std::move(problem)};
+}
+
+}  // namespace pedvar

@@ -1,0 +1,150 @@
+#include "apps/cli/activity_list.h"
+#include "apps/cli/activity_pictures.h"
+#include "apps/cli/application.h"
+#include "apps/cli/charts.h"
+#include "apps/cli/commands/command.h"
+#include "apps/cli/commands/day_views.h"
+#include "routes/way.h"
+
+#include <unistd.h>
+#include <cstdio>
+#include <iostream>
+
+namespace pedvar {
+namespace {
+
+/// An activity with what its route tells.
+struct Whole {
+    ListedActivity activity;
+    std::vector<CLLocation> points;
+    std::vector<WayMark> marks;
+    std::vector<Split> splits;
+};
+
+Whole wholeOf(const ListedActivity& activity, Application& application, const Figures& figures) {
+    Whole whole{.activity = activity, .points = {}, .marks = {}, .splits = {}};
+    const auto session = application.sessions().wholeSession(*UUID::fromText(activity.id));
+    for (const LocationPoint& point : session->route) whole.points.push_back(locationOf(point));
+    whole.marks = marksAlong(whole.points);
+    whole.splits = splitsOf(whole.marks, figures.unitLength());
+    return whole;
+}
+
+std::optional<double> movingTimeOf(const Whole& whole) {
+    return whole.marks.size() < 2 ? std::nullopt : std::optional(whole.marks.back().movingTime);
+}
+
+JsonObject document(const Whole& whole, const Calendar& calendar) {
+    JsonObject result = activityDocument(whole.activity, calendar);
+    const auto movingTime = movingTimeOf(whole);
+    JsonArray splits;
+    for (const Split& split : whole.splits) {
+        splits.push_back({JsonObject{{"distance", {split.distance}},
+                                     {"movingTime", {split.movingTime}},
+                                     {"elevationGain", {split.gain}},
+                                     {"elevationLoss", {split.loss}}}});
+    }
+    result.emplace_back("movingTime", movingTime ? JsonValue{*movingTime} : JsonValue{});
+    result.emplace_back("splits", JsonValue{std::move(splits)});
+    return result;
+}
+
+std::string facts(const Whole& whole, const Screen& screen) {
+    const Figures& figures = screen.figures;
+    const ListedActivity& activity = whole.activity;
+    std::vector<std::pair<std::string, std::string>> lines;
+    if (activity.distance) lines.emplace_back(screen.text("Distance"), figures.distance(*activity.distance));
+    if (activity.duration) lines.emplace_back(screen.text("Time"), figures.duration(*activity.duration));
+    if (const auto movingTime = movingTimeOf(whole)) {
+        lines.emplace_back(screen.text("Moving"), figures.duration(*movingTime));
+    }
+    if (activity.averagePace) {
+        lines.emplace_back(screen.text("Average"), paceOf(activity, *activity.averagePace * 60 / 1000, figures));
+    }
+    if (activity.steps) lines.emplace_back(screen.text("Steps"), figures.number(*activity.steps));
+    if (activity.calories) {
+        lines.emplace_back(screen.text("Energy"), figures.energy(static_cast<double>(*activity.calories)));
+    }
+    if (activity.elevationGain || activity.elevationLoss) {
+        lines.emplace_back(screen.text("Climb"),
+                           screen.text("{0} up, {1} down", figures.height(activity.elevationGain.value_or(0)),
+                                       figures.height(activity.elevationLoss.value_or(0))));
+    }
+    lines.emplace_back(screen.text("Recorded by"), harmless(activity.source));
+    return labelled(lines);
+}
+
+std::string view(const Whole& whole, const Screen& screen, const Calendar& calendar) {
+    const std::string title = harmless(titleOf(whole.activity, screen, calendar));
+    std::string result = screen.bold(title) +
+                         screen.faint(rightAligned(shortId(whole.activity.id), screenWidth - columns(title))) +
+                         "\n\n" + facts(whole, screen);
+    const auto add = [&](const std::string& heading, const std::string& picture) {
+        if (!picture.empty()) result += "\n" + screen.bold(heading) + "\n\n" + picture;
+    };
+    add(screen.text("Route"), routePicture(whole.points, whole.marks, screen));
+    add(screen.text("Elevation"), elevationPicture(whole.points, whole.marks, screen));
+    add(screen.figures.unitName() == "mi" ? screen.text("Miles") : screen.text("Kilometres"),
+        splitTable(whole.splits, whole.activity, screen));
+    return result;
+}
+
+/// Whether a person says yes at the terminal.
+bool isConfirmed(const std::string& question) {
+    std::fputs(question.c_str(), stderr);
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+CommandResult<Report> deleted(const ListedActivity& activity, const ActivityRequest& request,
+                              Application& application) {
+    const Screen screen = application.screen();
+    const std::string title = titleOf(activity, screen, application.settings().calendar());
+    bool isWanted = request.deletion == ActivityRequest::Deletion::atOnce;
+    if (!isWanted) {
+        if (application.wantsJson() || isatty(STDIN_FILENO) != 1) {
+            return usageError(screen.text("--delete asks first, and here nobody can answer; add --yes."));
+        }
+        isWanted = isConfirmed(screen.text("Delete \"{}\" with its route? [y/N] ", title));
+    }
+    if (isWanted) {
+        const auto removed = commandResult(application.sessions().remove(*UUID::fromText(activity.id)));
+        if (!removed) return std::unexpected(removed.error());
+    }
+    if (application.wantsJson()) return Report{JsonObject{{"id", {activity.id}}, {"deleted", {isWanted}}}};
+    return Report{(isWanted ? screen.text("Deleted: {}.", title) : screen.text("Nothing was deleted.")) + "\n"};
+}
+
+CommandResult<Report> changed(ListedActivity activity, const std::string& typeName, Application& application) {
+    const auto type = activityTypeNamed(typeName, application.text());
+    if (!type) return std::unexpected(type.error());
+    SessionHistory& history = application.sessions();
+    const UUID id = *UUID::fromText(activity.id);
+    if (const auto saved = commandResult(history.changeType(id, *type)); !saved) {
+        return std::unexpected(saved.error());
+    }
+    activity.activityType = caseName(*type);
+    activity.typeName = nameOf(*type, application.text());
+    const Calendar calendar = application.settings().calendar();
+    if (application.wantsJson()) return Report{activityDocument(activity, calendar)};
+    const Screen screen = application.screen();
+    return Report{screen.text("Now: {}.", titleOf(activity, screen, calendar)) + "\n"};
+}
+
+}  // namespace
+
+CommandResult<Report> run(const ActivityRequest& request, Application& application) {
+    const auto activities = activitiesOf(application.sessions(), application.text());
+    const auto activity = activityNamed(request.activity, activities, application.text());
+    if (!activity) return std::unexpected(activity.error());
+    if (request.deletion != ActivityRequest::Deletion::none) return deleted(*activity, request, application);
+    if (request.type) return changed(*activity, *request.type, application);
+    const Screen screen = application.screen();
+    const Calendar calendar = application.settings().calendar();
+    const Whole whole = wholeOf(*activity, application, screen.figures);
+    if (application.wantsJson()) return Report{document(whole, calendar)};
+    return Report{view(whole, screen, calendar)};
+}
+
+}  // namespace pedvar

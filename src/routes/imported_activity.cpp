@@ -1,0 +1,138 @@
+#include "routes/imported_activity.h"
+
+#include "recording/elevation_calculator.h"
+#include "routes/route_summary.h"
+
+#include <algorithm>
+#include <bit>
+#include <chrono>
+#include <cstdint>
+
+namespace pedvar {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int contentVersion = 8;
+constexpr Seconds rounding{1};  // copies have their times rounded
+
+bool isUsualTime(Date time) {
+    constexpr Date first = dateOf(std::chrono::sys_days(1y / 1 / 1));
+    constexpr Date end = dateOf(std::chrono::sys_days(9999y / 12 / 31));
+    return first <= time && time < end;
+}
+
+/// 128 bits that differ for almost all different inputs. Not against people who look for equal ones.
+class ContentHash {
+public:
+    void add(double value) {
+        const auto bits = std::bit_cast<std::uint64_t>(value);
+        first_ = mixed(first_ ^ bits);
+        second_ = mixed(second_ + (bits ^ 0x9E3779B97F4A7C15));
+    }
+
+    UUID::Bytes bytes() const {
+        UUID::Bytes bytes{};
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            bytes[i] = static_cast<std::uint8_t>((i < 8 ? first_ : second_) >> (i % 8 * 8));
+        }
+        return bytes;
+    }
+
+private:
+    /// The finaliser of SplitMix64.
+    static std::uint64_t mixed(std::uint64_t value) {
+        value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
+        value = (value ^ (value >> 27)) * 0x94D049BB133111EB;
+        return (value ^ (value >> 31)) + 0x9E3779B97F4A7C15;
+    }
+
+    std::uint64_t first_ = 1;
+    std::uint64_t second_ = 2;
+};
+
+/// The moments of the first and the last of some points.
+struct Span {
+    Date first = Date::max();
+    Date last = Date::min();
+
+    void add(Date time) {
+        first = std::min(first, time);
+        last = std::max(last, time);
+    }
+    double seconds() const { return first <= last ? Seconds(last - first).count() : 0; }
+};
+
+/// Gathers what a session needs, point by point.
+struct Gathering {
+    Route route;
+    Span whole;
+    ContentHash hash;
+    ElevationCalculator::StreamingTracker climb;
+
+    void add(const CLLocation& location, RandomSource& random) {
+        const auto point = locationPoint(random.uuid(), location);
+        if (!point) return;
+        route.push_back(*point);
+        whole.add(point->timestamp);
+        hash.add(point->latitude);
+        hash.add(point->longitude);
+        hash.add(point->timestamp.time_since_epoch().count());
+        climb.update(location.altitude, location.verticalAccuracy);
+    }
+};
+
+}  // namespace
+
+std::optional<ImportedActivity> importedActivity(const GPXDocument& document, ActivityType type,
+                                                 RandomSource& random) {
+    Gathering gathering;
+    ImportedActivity imported;
+    ActivitySession& session = imported.session;
+    for (const GPXSegment& segment : document.segments) {
+        Span span;
+        for (std::size_t i = 0; i < segment.points.size(); ++i) {
+            const CLLocation& location = segment.points[i];
+            if (!segment.hasTime[i] || !isUsualTime(location.timestamp)) {
+                ++imported.pointsWithoutTime;
+                continue;
+            }
+            gathering.add(location, random);
+            span.add(location.timestamp);
+        }
+        session.duration += span.seconds();
+    }
+    const std::size_t timed = gathering.route.size();
+    if (timed < 2 || timed < imported.pointsWithoutTime) return std::nullopt;
+    session.id = UUID::ofContent(gathering.hash.bytes());
+    session.activityType = type;
+    session.startTime = gathering.whole.first;
+    session.endTime = gathering.whole.last;
+    session.distance = summaryOf(document).distance;
+    session.calories = static_cast<std::int64_t>(session.distance / 1000 * calorieFactor(type));
+    session.averagePace = averagePace(session.duration, session.distance);
+    session.route = gathering.route;
+    if (gathering.climb.reference) {
+        session.elevationGain = gathering.climb.gain;
+        session.elevationLoss = gathering.climb.loss;
+    }
+    return imported;
+}
+
+bool isImported(const ActivitySession& session) {
+    return session.id.version() == contentVersion;
+}
+
+std::optional<UUID> sameActivity(const ActivitySession& session, const SessionHistory& history) {
+    const auto isSame = [&](const SavedSession& saved) {
+        const ActivitySession& other = saved.session;
+        if (other.id == session.id) return true;
+        return saved.pointCount == session.route.size() && other.startTime - rounding <= session.startTime &&
+               other.endTime && *session.endTime <= *other.endTime + rounding;
+    };
+    const auto& sessions = history.savedSessions();
+    const auto found = std::ranges::find_if(sessions, isSame);
+    return found == sessions.end() ? std::nullopt : std::optional(found->session.id);
+}
+
+}  // namespace pedvar
