@@ -76,6 +76,7 @@ HealthKitManager::HealthKitManager(MainExecutor& executor, const Clock& clock, H
       notificationManager_(notificationManager),
       reads_(executor, healthStore, diagnostics),
       activity_(reads_),
+      body_(executor, clock, healthStore, reads_, settings, diagnostics),
       refresh_(executor, [this] { return refreshToday(); }),
       tasks_(executor) {}
 
@@ -161,6 +162,7 @@ void HealthKitManager::adoptSharedValues() {
     auto result = settings_.adoptSharedValues(today());
     if (result) result = settings_.rememberFirstGoal(today());
     if (!result) diagnostics_.log(LogLevel::error, "HKDiag settings not saved: " + result.error().message);
+    body_.reloadPersonalMetrics();
 }
 
 Task<> HealthKitManager::updateStreaks() {

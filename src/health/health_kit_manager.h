@@ -5,6 +5,7 @@
 #include "core/coalesced_work.h"
 #include "core/published.h"
 #include "health/activity_reads.h"
+#include "health/body_metrics.h"
 #include "health/gated_reads.h"
 #include "health/loading_state.h"
 #include "health/settings_store.h"
@@ -75,6 +76,7 @@ public:
 
     /// The reads behind the published fields, for those who keep days of their own.
     ActivityReads& reads() { return activity_; }
+    BodyMetrics& body() { return body_; }
     std::int64_t activeQueryCount() const { return reads_.activeQueryCount(); }
 
 private:
@@ -98,6 +100,7 @@ private:
 
     GatedReads reads_;
     ActivityReads activity_;
+    BodyMetrics body_;
     bool hasRequestedAuthorization_ = false;
     int refreshCount_ = 0;  // running refreshes
     std::optional<CancellableTask> dayFetchTask_, weekFetchTask_, monthFetchTask_;

@@ -16,7 +16,8 @@ constexpr std::string_view metricsKey = "personalMetrics";
 constexpr std::string_view goalHistoryKey = "dailyGoalHistory";
 constexpr std::string_view sharedGoalKey = "dailyGoal";
 constexpr std::string_view sharedStepGoalKey =
-    "dailyStepGoal";  // of widgets and watch; ours to change, not to make
+    "dailyStepGoal";                                          // of widgets and watch; ours to change, not to make
+constexpr std::string_view sharedWeightKey = "targetWeight";  // likewise; 0 or less for none
 constexpr std::string_view sharedUnitKey = "distanceUnit";
 constexpr std::string_view sharedColorKey = "stepColor";
 constexpr std::string_view sharedLanguageKey = "appLanguage";
@@ -84,6 +85,11 @@ std::vector<StoredGoal> storedGoals(const GoalHistory& history) {
     return goals;
 }
 
+/// The target weight that a shared value stands for.
+std::optional<double> targetIn(double shared) {
+    return shared > 0 ? std::optional(shared) : std::nullopt;
+}
+
 std::string languageCodeOf(const UserPreferences& preferences, const Locale& locale) {
     const std::string_view code = names(preferences.appLanguage).code;
     return code.empty() ? locale.languageCode() : std::string(code);
@@ -134,6 +140,7 @@ PersonalMetrics SettingsStore::personalMetrics() const {
     const auto document = storedDocument<JsonObject>(defaults_.standard(), json_, metricsKey);
     PersonalMetrics metrics;
     if (document) metrics = decodeLeniently(*document, metrics).value_or(metrics);
+    if (metrics.age && !isValidAge(*metrics.age)) metrics.age.reset();
     if (!isValidDailyGoal(metrics.dailyStepGoal)) {
         metrics.dailyStepGoal = defaultDailyGoal;
         metrics.weeklyStepGoal.reset();
@@ -144,6 +151,11 @@ PersonalMetrics SettingsStore::personalMetrics() const {
 DefaultsResult SettingsStore::savePersonalMetrics(const PersonalMetrics& metrics) {
     Changes changes(defaults_, json_);
     changes.replace(metricsKey, metrics);
+    const UserDefaults* shared = defaults_.shared();
+    const auto known = shared ? shared->real(sharedWeightKey) : std::nullopt;
+    if (known && targetIn(*known) != metrics.targetWeight) {
+        changes.share(sharedWeightKey, metrics.targetWeight.value_or(0));
+    }
     return changes.write();
 }
 
@@ -225,10 +237,10 @@ DefaultsResult SettingsStore::reconcileGoal(const UserDefaults& shared, Day toda
 }
 
 DefaultsResult SettingsStore::adoptTargetWeight(const UserDefaults& shared) {
-    const auto weight = shared.real("targetWeight");
+    const auto weight = shared.real(sharedWeightKey);
     if (!weight || !std::isfinite(*weight)) return {};
     PersonalMetrics metrics = personalMetrics();
-    const auto target = *weight > 0 ? weight : std::nullopt;
+    const auto target = targetIn(*weight);
     if (metrics.targetWeight == target) return {};
     metrics.targetWeight = target;
     return savePersonalMetrics(metrics);

@@ -43,6 +43,7 @@ public:
     std::string languageCode() const;
 
     PersonalMetrics personalMetrics() const;
+    /// Also tells widgets and watch of the target weight, where they keep one.
     DefaultsResult savePersonalMetrics(const PersonalMetrics& metrics);
     /// Fills in what the health store knows. What the person typed in stays.
     DefaultsResult adoptCharacteristics(std::optional<std::int64_t> age, std::optional<Gender> gender);

@@ -26,6 +26,7 @@ public:
     std::vector<std::string> asked;  // the types of all queries so far
     HKAuthorizationRequestStatus status = HKAuthorizationRequestStatus::unnecessary;
     std::optional<HKError> authorizationError;
+    std::optional<HKError> saveError;
     int authorizationRequests = 0;
     Event<> samplesAdded;
 
@@ -62,7 +63,12 @@ public:
     void execute(HKSampleQuery query) override {
         auto found = matching(query.sampleType, query.predicate);
         std::ranges::sort(found, {}, &HKQuantitySample::start);
-        if (query.sort == HKSampleSort::startDateDescending) std::ranges::reverse(found);
+        const bool isByEnd =
+            query.sort == HKSampleSort::endDateAscending || query.sort == HKSampleSort::endDateDescending;
+        if (isByEnd) std::ranges::sort(found, {}, &HKQuantitySample::end);
+        const bool isDescending =
+            query.sort == HKSampleSort::startDateDescending || query.sort == HKSampleSort::endDateDescending;
+        if (isDescending) std::ranges::reverse(found);
         while (query.limit > 0 && found.size() > query.limit) found.pop_back();
         reply(query.sampleType, std::move(query.resultsHandler), std::move(found));
     }
@@ -75,7 +81,11 @@ public:
         ++authorizationRequests;
         authorizationError ? completion(std::unexpected(*authorizationError)) : completion({});
     }
-    void save(std::vector<HKQuantitySample>, HKHandler<void> completion) override { completion({}); }
+    void save(std::vector<HKQuantitySample> added, HKHandler<void> completion) override {
+        if (saveError) return completion(std::unexpected(*saveError));
+        samples.insert(samples.end(), added.begin(), added.end());
+        completion({});
+    }
     void enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency, HKHandler<void> completion) override {
         authorizationError ? completion(std::unexpected(*authorizationError)) : completion({});
     }
