@@ -16,7 +16,7 @@ constexpr std::chrono::days week{7};
 HKTypeSets authorizedTypes() {
     const std::vector<std::string> shared{
         HKQuantityTypeIdentifierBodyMass, HKQuantityTypeIdentifierHeight, HKQuantityTypeIdentifierDietaryWater,
-        "HKWorkoutTypeIdentifier",        "HKWorkoutRouteTypeIdentifier",
+        HKWorkoutTypeIdentifier,          HKWorkoutRouteTypeIdentifier,
     };
     std::vector<std::string> read{
         HKQuantityTypeIdentifierStepCount,          HKQuantityTypeIdentifierDistanceWalkingRunning,
@@ -77,6 +77,7 @@ HealthKitManager::HealthKitManager(MainExecutor& executor, const Clock& clock, H
       reads_(executor, healthStore, diagnostics),
       activity_(reads_),
       body_(executor, clock, healthStore, reads_, settings, diagnostics),
+      workouts_(executor, clock, settings, reads_),
       refresh_(executor, [this] { return refreshToday(); }),
       tasks_(executor) {}
 

@@ -10,6 +10,7 @@
 #include "health/loading_state.h"
 #include "health/settings_store.h"
 #include "health/step_records.h"
+#include "health/workout_reading.h"
 #include "platform/clock.h"
 #include "platform/health_store.h"
 #include "platform/step_goal_notifications.h"
@@ -77,6 +78,7 @@ public:
     /// The reads behind the published fields, for those who keep days of their own.
     ActivityReads& reads() { return activity_; }
     BodyMetrics& body() { return body_; }
+    WorkoutReading& workouts() { return workouts_; }
     std::int64_t activeQueryCount() const { return reads_.activeQueryCount(); }
 
 private:
@@ -101,6 +103,7 @@ private:
     GatedReads reads_;
     ActivityReads activity_;
     BodyMetrics body_;
+    WorkoutReading workouts_;
     bool hasRequestedAuthorization_ = false;
     int refreshCount_ = 0;  // running refreshes
     std::optional<CancellableTask> dayFetchTask_, weekFetchTask_, monthFetchTask_;

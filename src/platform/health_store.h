@@ -161,6 +161,9 @@ struct HKTypeSets {
     std::vector<std::string> read;
 };
 
+struct HKWorkoutQuery;  // stored_workouts.h
+struct HKWorkoutRouteQuery;
+
 /// Answers once to each question, from any thread.
 ///
 /// Sums of cumulative quantities count once where sources overlap in time: a sample counts with the share of its
@@ -178,6 +181,8 @@ public:
     virtual void execute(HKStatisticsQuery query) = 0;
     virtual void execute(HKStatisticsCollectionQuery query) = 0;
     virtual void execute(HKSampleQuery query) = 0;
+    virtual void execute(HKWorkoutQuery query) = 0;
+    virtual void execute(HKWorkoutRouteQuery query) = 0;
 
     /// Stores all samples or none, as written by Pedvar.
     virtual void save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) = 0;

@@ -3,7 +3,7 @@
 
 #include "core/calendar.h"
 #include "core/executor.h"
-#include "platform/health_store.h"
+#include "platform/stored_workouts.h"
 
 #include <algorithm>
 #include <deque>
@@ -21,6 +21,7 @@ public:
     explicit FakeHealthStore(const ZoneRules& zone) : calendar_(zone, 1) {}
 
     std::vector<HKQuantitySample> samples;
+    std::vector<StoredWorkout> workouts;
     std::map<std::string, HKError> failures;  // of every query on a type
     bool isHolding = false;
     std::vector<std::string> asked;  // the types of all queries so far
@@ -71,6 +72,18 @@ public:
         if (isDescending) std::ranges::reverse(found);
         while (query.limit > 0 && found.size() > query.limit) found.pop_back();
         reply(query.sampleType, std::move(query.resultsHandler), std::move(found));
+    }
+
+    void execute(HKWorkoutQuery query) override {
+        std::vector<StoredWorkout> found;
+        for (const StoredWorkout& workout : workouts) {
+            if (workout.start < query.interval.end && workout.end > query.interval.start) found.push_back(workout);
+        }
+        std::ranges::sort(found, {}, &StoredWorkout::start);
+        reply({HKWorkoutTypeIdentifier}, std::move(query.resultsHandler), std::move(found));
+    }
+    void execute(HKWorkoutRouteQuery query) override {
+        reply({HKWorkoutRouteTypeIdentifier}, std::move(query.resultsHandler), std::vector<StoredRoute>());
     }
 
     void getRequestStatusForAuthorization(const HKTypeSets&,

@@ -5,6 +5,7 @@
 #include "linux/health/sum_reader.h"
 #include "linux/sqlite/connection.h"
 #include "platform/health_store.h"
+#include "platform/stored_workouts.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,6 +31,10 @@ public:
                                                    std::span<const Interval> intervals);
 
     std::vector<HKQuantitySample> samples(const HKSampleQuery& query);
+
+    std::vector<StoredWorkout> workouts(const Interval& interval);
+    /// A route that is damaged is left out.
+    std::vector<StoredRoute> routes(std::int64_t workout);
 
 private:
     struct Series {

@@ -14,6 +14,7 @@ set(PEDVAR_HEALTH_SOURCES
     health/source_order.cpp
     health/sqlite_health_store.cpp
     health/store_error.cpp
+    health/stored_workouts.cpp
     health/sum_reader.cpp
     health/totals_keeper.cpp
     health/workout_table.cpp

@@ -206,6 +206,20 @@ void SqliteHealthStore::execute(HKSampleQuery query) {
                    });
 }
 
+void SqliteHealthStore::execute(HKWorkoutQuery query) {
+    state_->answer(std::move(query.resultsHandler), std::vector<StoredWorkout>(),
+                   [interval = query.interval](HealthReader& reader) {
+                       return HKResult<std::vector<StoredWorkout>>(reader.workouts(interval));
+                   });
+}
+
+void SqliteHealthStore::execute(HKWorkoutRouteQuery query) {
+    state_->answer(std::move(query.resultsHandler), std::vector<StoredRoute>(),
+                   [workout = query.workout](HealthReader& reader) {
+                       return HKResult<std::vector<StoredRoute>>(reader.routes(workout));
+                   });
+}
+
 void SqliteHealthStore::save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) {
     if (!std::ranges::all_of(samples, isSound)) {
         completion(

@@ -33,6 +33,8 @@ public:
     void execute(HKStatisticsQuery query) override;
     void execute(HKStatisticsCollectionQuery query) override;
     void execute(HKSampleQuery query) override;
+    void execute(HKWorkoutQuery query) override;
+    void execute(HKWorkoutRouteQuery query) override;
 
     void save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) override;
 
