@@ -14,6 +14,9 @@ inline constexpr const char* sampleNow = "2024-05-01T18:30";
 /// the same hours but was left at home on two days.
 void writeSampleStore(const std::filesystem::path& folder);
 
+/// Adds a weight every third day of April and two heights to the store in `folder`.
+void addBodySamples(const std::filesystem::path& folder);
+
 /// A health export of one day with a record that has no number.
 std::string sampleExport();
 

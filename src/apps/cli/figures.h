@@ -4,6 +4,7 @@
 #include "apps/cli/texts.h"
 #include "core/calendar.h"
 #include "core/preferences.h"
+#include "health/step_records.h"
 #include "platform/locale.h"
 
 #include <cstdint>
@@ -30,6 +31,12 @@ public:
     std::string energy(double kilocalories) const;
     /// "48 min".
     std::string minutes(std::int64_t count) const;
+    /// In the unit of the metric: "8,432" steps or floors, "6.1 km", "312 kcal", "48 min".
+    std::string amount(ActivityMetric metric, double value) const;
+    /// In the preferred unit: "72.5 kg", "159.8 lb".
+    std::string weight(double kilograms) const;
+    /// Centimetres, or inches for those who weigh in pounds.
+    std::string height(double centimeters) const;
     /// "12.5 MB".
     std::string bytes(double count) const;
 
@@ -37,6 +44,8 @@ public:
     std::string longDate(Day day) const;
     /// "1 May 2024".
     std::string date(Day day) const;
+    /// "Wed".
+    std::string weekdayName(Day day) const;
     /// "Wed  1".
     std::string weekdayAndDay(Day day) const;
     /// "May 2024".
@@ -51,6 +60,7 @@ private:
     std::string decimalSeparator_;
     std::string groupingSeparator_;
     DistanceUnit distanceUnit_;
+    WeightUnit weightUnit_;
     bool isTwelveHourClock_;
 };
 

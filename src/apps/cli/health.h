@@ -39,6 +39,8 @@ private:
 
 public:
     HealthKitManager manager;
+
+    HKHealthStore& store() { return store_; }
 };
 
 }  // namespace pedvar

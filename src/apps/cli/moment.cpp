@@ -1,12 +1,13 @@
 #include "apps/cli/moment.h"
 
+#include <fmt/format.h>
+
 #include <charconv>
 
 namespace pedvar {
 namespace {
 
-using std::chrono::hours;
-using std::chrono::minutes;
+using namespace std::chrono;
 
 /// Takes texts apart from the front.
 struct Scanner {
@@ -86,6 +87,18 @@ std::optional<Date> parseMoment(std::string_view text, const ZoneRules& zone) {
     const auto east = offset(scanner);
     if (!east || !scanner.rest.empty()) return std::nullopt;
     return dateFromUnix((shown.time_since_epoch() - *east).count());
+}
+
+std::string isoText(Date moment, const Calendar& calendar) {
+    const LocalTime shown = calendar.localTime(moment);
+    const auto second = floor<seconds>(shown);
+    const auto day = floor<days>(second);
+    const hh_mm_ss clock(second - day);
+    const auto east = floor<minutes>(shown.time_since_epoch() - Seconds(unixSeconds(moment)) + Seconds(30));
+    const hh_mm_ss offset(east < minutes(0) ? -east : east);
+    return fmt::format("{}T{:02}:{:02}:{:02}{}{:02}:{:02}", isoText(day), clock.hours().count(),
+                       clock.minutes().count(), clock.seconds().count(), east < minutes(0) ? '-' : '+',
+                       offset.hours().count(), offset.minutes().count());
 }
 
 }  // namespace pedvar

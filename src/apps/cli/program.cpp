@@ -44,7 +44,7 @@ CommandResult<Report> answer(std::span<const char* const> arguments) {
     }
     const Request& request = std::get<Request>(line->wish);
     const auto application =
-        Application::open(line->global, isWriting(request) ? Access::readWrite : Access::readOnly);
+        Application::open(line->global, isWriting(request, line->global) ? Access::readWrite : Access::readOnly);
     if (!application) return std::unexpected(application.error());
     if (const auto& warning = (*application)->warning()) tell(*warning);
     const auto problems = (*application)->defaults().problems();
