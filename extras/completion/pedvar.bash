@@ -1,16 +1,17 @@
 # bash completion for pedvar
 _pedvar() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="import today day week month streaks goal settings sources doctor"
+    local commands="import today day week month streaks pace rank compare calendar recap goal weight height profile settings sources doctor"
     local command="" key="" i
     COMPREPLY=()
     case $previous in
     --data) compopt -o dirnames; return ;;
-    --now) return ;;
+    --now | --steps | --age) return ;;
+    --date) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current"); return ;;
     esac
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --data | --now) ((i++)) ;;
+        --data | --now | --steps | --age | --date) ((i++)) ;;
         -*) ;;
         *) if [[ -z $command ]]; then command=${COMP_WORDS[i]}; elif [[ -z $key ]]; then key=${COMP_WORDS[i]}; fi ;;
         esac
@@ -19,6 +20,8 @@ _pedvar() {
         local options="--data --now --json --help"
         case $command in
         "") options+=" --version" ;;
+        rank) options+=" --steps --age" ;;
+        compare) options+=" --date" ;;
         sources) options+=" --order" ;;
         doctor) options+=" --rebuild" ;;
         esac
@@ -29,6 +32,14 @@ _pedvar() {
     "") mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current") ;;
     import) compopt -o default ;;
     day | week) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current") ;;
+    compare | calendar)
+        mapfile -t COMPREPLY < <(compgen -W "steps distance calories activeMinutes flights" -- "$current")
+        ;;
+    weight) [[ -z $key ]] || mapfile -t COMPREPLY < <(compgen -W "kg lb" -- "$current") ;;
+    height) [[ -z $key ]] || mapfile -t COMPREPLY < <(compgen -W "cm in" -- "$current") ;;
+    profile)
+        [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "age gender targetWeight dailyStepGoal" -- "$current")
+        ;;
     settings)
         [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "$(pedvar settings 2>/dev/null | cut -d ' ' -f 1)" -- "$current")
         ;;
