@@ -1,6 +1,9 @@
 #include "apps/cli/interruption.h"
 #include "cli/run_pedvar.h"
 #include "cli/sample_data.h"
+#include "core/calendar.h"
+#include "linux/system/absl_zone.h"
+#include "linux/system/clocks.h"
 #include "linux/system/sqlite_defaults.h"
 #include "support/temporary_folder.h"
 
@@ -21,6 +24,10 @@ struct Writing {
     }
     std::optional<std::int64_t> shared(std::string_view key) const {
         return SqliteDefaults(folder / "data", SqliteDefaults::Access::readOnly).shared()->integer(key);
+    }
+    void storeRecapMonth(const char* month) const {
+        SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
+        REQUIRE(defaults.write({{&defaults.standard(), "monthlyRecapLastShownMonth", month}}));
     }
 
     TemporaryFolder folder;
@@ -88,27 +95,42 @@ TEST_CASE_FIXTURE(Writing, "weight, height and profile are kept, in the units th
               .output.contains(R"("tier":"topOne","tierName":"Top","nextTier":null)"));
 }
 
-TEST_CASE_FIXTURE(Writing, "a recap is due until a person has seen it, and scripts do not count") {
+TEST_CASE_FIXTURE(Writing, "a recap is due in the month after one with steps, and looking leaves it so") {
     writeSampleStore(folder / "data");
-    const auto store = [&](const char* month) {
-        SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
-        REQUIRE(defaults.write({{&defaults.standard(), "monthlyRecapLastShownMonth", month}}));
-    };
     const auto isDue = [&](std::vector<std::string> arguments) {
         arguments.insert(arguments.end(), {"recap", "--json"});
         return run(arguments).output.contains(R"("due":true)");
     };
     CHECK(!isDue({"--now", sampleNow}));  // the first month of use
-    store("2024-04");
+    storeRecapMonth("2024-04");
     CHECK(isDue({"--now", sampleNow}));
+    CHECK(run({"recap", "--now", sampleNow}).output.starts_with("April\n"));
     CHECK(isDue({"--now", sampleNow}));
+    CHECK(run({"today", "--now", sampleNow}).output.ends_with("\nWhat April was: pedvar recap\n"));
     CHECK(!isDue({"--now", "2024-04-20"}));
     CHECK(isDue({"--now", "2024-06-20"}));   // one day of May
     CHECK(!isDue({"--now", "2024-07-20"}));  // nobody walked in June
 }
 
-TEST_CASE_FIXTURE(Writing,
-                  "commands that write store the days of the pace, those that look leave them as they are") {
+TEST_CASE_FIXTURE(Writing, "a recap is due until a person has seen it, and none in the first month of use") {
+    using namespace std::chrono;
+    const auto berlin = AbslZone::named("Europe/Berlin");
+    const year_month current = month(Calendar(*berlin, 2).day(SystemClock().now()));
+    const std::string walked = isoText(firstDay(current - months(1)) + days(9));
+    std::string document = sampleExport();
+    for (std::size_t at = 0; (at = document.find("2024-05-01", at)) != std::string::npos;) {
+        document.replace(at, walked.size(), walked);
+    }
+    writeFile(folder / "export.xml", document);
+    run({"import", "export.xml"});
+    CHECK(run({"recap", "--json"}).output.starts_with(R"({"due":false)"));
+    storeRecapMonth("2020-01");
+    CHECK(run({"recap", "--json"}).output.starts_with(R"({"due":true)"));
+    CHECK(run({"recap"}).output.contains("1,600 steps"));
+    CHECK(run({"recap", "--json"}).output.starts_with(R"({"due":false)"));
+}
+
+TEST_CASE_FIXTURE(Writing, "writing stores the days of the pace, looking leaves them as they are") {
     writeFile(folder / "export.xml", sampleExport());
     run({"import", "export.xml"});
     const auto stored = [&] {
