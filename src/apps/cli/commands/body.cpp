@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <span>
 
 namespace pedvar {
 namespace {
@@ -51,7 +52,7 @@ CommandResult<double> amountOf(const BodyRequest& request, const Measure& measur
     const auto number = numberNamed(*request.value);
     if (number && 0 < *number && *number * factor <= measure.highest) return *number * factor;
     return usageError(text("\"{}\" is out of range; valid: a number above 0, up to {} {}.", *request.value,
-                           application.screen().figures.number(measure.highest / factor, 0), unit));
+                           application.screen().figures.number(std::floor(measure.highest / factor), 0), unit));
 }
 
 /// Stores a sample of this moment. Whatever keeps the store from being written is told first.
