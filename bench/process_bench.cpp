@@ -52,4 +52,15 @@ int main(int count, char** words) {
         milliseconds(times[1]) + " to " + milliseconds(times[0]));
     row("`today --json`, ten years against half a year", times[1] / times[2], 1.1,
         milliseconds(times[1]) + " to " + milliseconds(times[2]));
+
+    const std::vector<std::string> insights{"pace", "rank", "compare", "calendar"};
+    std::vector<Run> runs{[&] { runProcess({pedvar, "--data", longData, "today", "--json"}); }};
+    for (const std::string& command : insights) {
+        runs.emplace_back([&, command] { runProcess({pedvar, "--data", longData, command, "--json"}); });
+    }
+    const auto seconds = inTurn(51, runs);
+    for (std::size_t i = 0; i < insights.size(); ++i) {
+        row("`" + insights[i] + " --json`, ten years of data, against `today --json`", seconds[i + 1] / seconds[0],
+            1.5, milliseconds(seconds[i + 1]) + " to " + milliseconds(seconds[0]));
+    }
 }

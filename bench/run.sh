@@ -29,6 +29,7 @@ if wanted process; then
         rm -rf "$work/${span%:*}-export"
     done
     "$build/bench/process_bench" "$build/pedvar" "$work"
+    "$build/bench/insights_bench" "$work/long"
 fi
 wanted gpx && "$build/bench/gpx_bench"
 wanted recorder && "$build/bench/recorder_bench"

@@ -1,18 +1,19 @@
 # bash completion for pedvar
 _pedvar() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="import today day week month streaks activities activity route export goal settings sources doctor"
+    local commands="import today day week month streaks pace rank compare calendar recap activities activity route export goal weight height profile settings sources doctor"
     local command="" key="" i
     COMPREPLY=()
     case $previous in
     --data) compopt -o dirnames; return ;;
-    --now | --hide-home) return ;;
+    --now | --hide-home | --steps | --age) return ;;
+    --date) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current"); return ;;
     --as | --type) mapfile -t COMPREPLY < <(compgen -W "walk run hike cycle" -- "$current"); return ;;
     -o | --output) compopt -o default; return ;;
     esac
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --data | --now | --as | --type | -o | --output | --hide-home) ((i++)) ;;
+        --data | --now | --as | --type | -o | --output | --hide-home | --steps | --age | --date) ((i++)) ;;
         -*) ;;
         *) if [[ -z $command ]]; then command=${COMP_WORDS[i]}; elif [[ -z $key ]]; then key=${COMP_WORDS[i]}; fi ;;
         esac
@@ -25,6 +26,8 @@ _pedvar() {
         activity) options+=" --type --delete --yes" ;;
         route) options+=" --points" ;;
         export) options+=" --output --force --hide-home" ;;
+        rank) options+=" --steps --age" ;;
+        compare) options+=" --date" ;;
         sources) options+=" --order" ;;
         doctor) options+=" --rebuild" ;;
         esac
@@ -36,6 +39,14 @@ _pedvar() {
     import | route) compopt -o default ;;
     activity | export) [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "last" -- "$current") ;;
     day | week) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current") ;;
+    compare | calendar)
+        mapfile -t COMPREPLY < <(compgen -W "steps distance calories activeMinutes flights" -- "$current")
+        ;;
+    weight) [[ -z $key ]] || mapfile -t COMPREPLY < <(compgen -W "kg lb" -- "$current") ;;
+    height) [[ -z $key ]] || mapfile -t COMPREPLY < <(compgen -W "cm in" -- "$current") ;;
+    profile)
+        [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "age gender targetWeight dailyStepGoal" -- "$current")
+        ;;
     settings)
         [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "$(pedvar settings 2>/dev/null | cut -d ' ' -f 1)" -- "$current")
         ;;

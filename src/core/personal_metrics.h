@@ -19,6 +19,17 @@ constexpr bool isValidDailyGoal(std::int64_t goal) {
     return 1 <= goal && goal <= highestDailyGoal;
 }
 
+inline constexpr std::int64_t highestAge = 130;  // years; nobody has lived longer
+inline constexpr double highestWeight = 1000;    // kilograms; nobody has weighed as much
+
+constexpr bool isValidAge(std::int64_t age) {
+    return 0 <= age && age <= highestAge;
+}
+
+constexpr bool isValidWeight(double kilograms) {
+    return 0 < kilograms && kilograms <= highestWeight;  // false for NaN
+}
+
 struct PersonalMetrics {
     std::optional<std::int64_t> age;  // years
     std::optional<Gender> gender;

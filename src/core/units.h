@@ -56,5 +56,7 @@ std::string_view keptSymbol(Dimension dimension);
 
 inline constexpr double metersPerMile = 1609.344;
 inline constexpr double metersPerKilometer = 1000;
+inline constexpr double kilogramsPerPound = 0.45359237;
+inline constexpr double centimetersPerInch = 2.54;
 
 }  // namespace pedvar

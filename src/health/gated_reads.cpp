@@ -40,4 +40,20 @@ Task<std::optional<std::vector<HKQuantitySample>>> GatedReads::fetchSamples(HKQu
     co_return valueOf(std::move(answer));
 }
 
+Task<std::optional<std::vector<StoredWorkout>>> GatedReads::fetchWorkouts(Interval interval,
+                                                                          QueryPriority priority) {
+    HKWorkoutQuery query{interval, {}};
+    auto answer = co_await attempt(std::move(query), &HKWorkoutQuery::resultsHandler, priority,
+                                   &unchanged<std::vector<StoredWorkout>>);
+    co_return valueOf(std::move(answer));
+}
+
+Task<std::optional<std::vector<StoredRoute>>> GatedReads::fetchRoutes(std::int64_t workout,
+                                                                      QueryPriority priority) {
+    HKWorkoutRouteQuery query{workout, {}};
+    auto answer = co_await attempt(std::move(query), &HKWorkoutRouteQuery::resultsHandler, priority,
+                                   &unchanged<std::vector<StoredRoute>>);
+    co_return valueOf(std::move(answer));
+}
+
 }  // namespace pedvar

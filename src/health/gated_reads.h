@@ -5,6 +5,7 @@
 #include "health/health_diagnostics.h"
 #include "health/query_gate.h"
 #include "platform/health_store.h"
+#include "platform/stored_workouts.h"
 
 #include <expected>
 #include <optional>
@@ -42,6 +43,10 @@ public:
                                                                     std::size_t limit, HKSampleSort sort,
                                                                     QueryPriority priority);
 
+    /// The workouts that overlap `interval`, by their start, and the routes of one of them. Tried once.
+    Task<std::optional<std::vector<StoredWorkout>>> fetchWorkouts(Interval interval, QueryPriority priority);
+    Task<std::optional<std::vector<StoredRoute>>> fetchRoutes(std::int64_t workout, QueryPriority priority);
+
     std::int64_t activeQueryCount() const { return gate_.activeQueryCount(); }
 
 private:
@@ -53,9 +58,12 @@ private:
     auto attempt(Query query, HKHandler<Answer> Query::* handler, QueryPriority priority, Transform transform)
         -> Task<Attempt<std::invoke_result_t<Transform, const Answer&>>>;
 
-    static const HKQuantityType& typeOf(const HKStatisticsQuery& query) { return query.quantityType; }
-    static const HKQuantityType& typeOf(const HKStatisticsCollectionQuery& query) { return query.quantityType; }
-    static const HKQuantityType& typeOf(const HKSampleQuery& query) { return query.sampleType; }
+    /// How the log names what a query reads.
+    static std::string label(const HKStatisticsQuery& query) { return query.quantityType.identifier; }
+    static std::string label(const HKStatisticsCollectionQuery& query) { return query.quantityType.identifier; }
+    static std::string label(const HKSampleQuery& query) { return query.sampleType.identifier; }
+    static std::string label(const HKWorkoutQuery&) { return HKWorkoutTypeIdentifier; }
+    static std::string label(const HKWorkoutRouteQuery&) { return HKWorkoutRouteTypeIdentifier; }
 
     MainExecutor& executor_;
     HKHealthStore& store_;
@@ -70,8 +78,7 @@ auto GatedReads::attempt(Query query, HKHandler<Answer> Query::* handler, QueryP
     if (co_await isCancelled()) co_return std::nullopt;
 
     Completion<HKResult<std::invoke_result_t<Transform, const Answer&>>> answer(executor_);
-    query.*handler = [&diagnostics = diagnostics_, label = typeOf(query).identifier,
-                      transform = std::move(transform),
+    query.*handler = [&diagnostics = diagnostics_, label = label(query), transform = std::move(transform),
                       deliver = answer.resolver()](HKResult<Answer> result) mutable {
         if (result) {
             deliver(transform(*result));

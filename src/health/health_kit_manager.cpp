@@ -16,7 +16,7 @@ constexpr std::chrono::days week{7};
 HKTypeSets authorizedTypes() {
     const std::vector<std::string> shared{
         HKQuantityTypeIdentifierBodyMass, HKQuantityTypeIdentifierHeight, HKQuantityTypeIdentifierDietaryWater,
-        "HKWorkoutTypeIdentifier",        "HKWorkoutRouteTypeIdentifier",
+        HKWorkoutTypeIdentifier,          HKWorkoutRouteTypeIdentifier,
     };
     std::vector<std::string> read{
         HKQuantityTypeIdentifierStepCount,          HKQuantityTypeIdentifierDistanceWalkingRunning,
@@ -78,6 +78,8 @@ HealthKitManager::HealthKitManager(MainExecutor& executor, const Clock& clock, H
       notificationManager_(notificationManager),
       reads_(executor, healthStore, diagnostics),
       activity_(reads_),
+      body_(executor, clock, healthStore, reads_, settings, diagnostics),
+      workouts_(executor, clock, settings, reads_),
       refresh_(executor, [this] { return refreshToday(); }),
       tasks_(executor) {}
 
@@ -163,6 +165,7 @@ void HealthKitManager::adoptSharedValues() {
     auto result = settings_.adoptSharedValues(today());
     if (result) result = settings_.rememberFirstGoal(today());
     if (!result) diagnostics_.log(LogLevel::error, "HKDiag settings not saved: " + result.error().message);
+    body_.reloadPersonalMetrics();
 }
 
 std::optional<KnownStreaks> HealthKitManager::knownStreaks(const std::string& memory, Day day) const {

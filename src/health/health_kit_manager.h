@@ -5,11 +5,13 @@
 #include "core/coalesced_work.h"
 #include "core/published.h"
 #include "health/activity_reads.h"
+#include "health/body_metrics.h"
 #include "health/gated_reads.h"
 #include "health/loading_state.h"
 #include "health/settings_store.h"
 #include "health/step_records.h"
 #include "health/streak_memory.h"
+#include "health/workout_reading.h"
 #include "platform/clock.h"
 #include "platform/health_store.h"
 #include "platform/step_goal_notifications.h"
@@ -79,6 +81,8 @@ public:
 
     /// The reads behind the published fields, for those who keep days of their own.
     ActivityReads& reads() { return activity_; }
+    BodyMetrics& body() { return body_; }
+    WorkoutReading& workouts() { return workouts_; }
     std::int64_t activeQueryCount() const { return reads_.activeQueryCount(); }
 
 private:
@@ -109,6 +113,8 @@ private:
 
     GatedReads reads_;
     ActivityReads activity_;
+    BodyMetrics body_;
+    WorkoutReading workouts_;
     bool hasRequestedAuthorization_ = false;
     int refreshCount_ = 0;  // running refreshes
     std::optional<CountedStreaks> unremembered_;

@@ -16,7 +16,8 @@ constexpr std::string_view metricsKey = "personalMetrics";
 constexpr std::string_view goalHistoryKey = "dailyGoalHistory";
 constexpr std::string_view sharedGoalKey = "dailyGoal";
 constexpr std::string_view sharedStepGoalKey =
-    "dailyStepGoal";  // of widgets and watch; ours to change, not to make
+    "dailyStepGoal";                                          // of widgets and watch; ours to change, not to make
+constexpr std::string_view sharedWeightKey = "targetWeight";  // likewise; 0 or less for none
 constexpr std::string_view sharedUnitKey = "distanceUnit";
 constexpr std::string_view sharedColorKey = "stepColor";
 constexpr std::string_view sharedLanguageKey = "appLanguage";
@@ -96,6 +97,21 @@ std::vector<StoredGoal> storedGoals(const GoalHistory& history) {
     return goals;
 }
 
+/// The target weight that a shared value stands for.
+std::optional<double> targetIn(double shared) {
+    return shared > 0 ? std::optional(shared) : std::nullopt;
+}
+
+/// Replaces the metrics, and the target weight of widgets and watch where they keep one, so that adopting it
+/// changes nothing.
+void replaceMetrics(Changes& changes, const PersonalMetrics& metrics, const UserDefaults* shared) {
+    changes.replace(metricsKey, metrics);
+    const auto known = shared ? shared->real(sharedWeightKey) : std::nullopt;
+    if (known && targetIn(*known) != metrics.targetWeight) {
+        changes.share(sharedWeightKey, metrics.targetWeight.value_or(0));
+    }
+}
+
 std::string languageCodeOf(const UserPreferences& preferences, const Locale& locale) {
     const std::string_view code = names(preferences.appLanguage).code;
     return code.empty() ? locale.languageCode() : std::string(code);
@@ -146,6 +162,7 @@ PersonalMetrics SettingsStore::personalMetrics() const {
     const auto document = storedDocument<JsonObject>(defaults_.standard(), json_, metricsKey);
     PersonalMetrics metrics;
     if (document) metrics = decodeLeniently(*document, metrics).value_or(metrics);
+    if (metrics.age && !isValidAge(*metrics.age)) metrics.age.reset();
     if (!isValidDailyGoal(metrics.dailyStepGoal)) {
         metrics.dailyStepGoal = defaultDailyGoal;
         metrics.weeklyStepGoal.reset();
@@ -154,7 +171,7 @@ PersonalMetrics SettingsStore::personalMetrics() const {
 }
 
 DefaultsResult SettingsStore::savePersonalMetrics(const PersonalMetrics& metrics) {
-    return change(defaults_, json_, [&](Changes& changes) { changes.replace(metricsKey, metrics); });
+    return change(defaults_, json_, [&](Changes& changes) { replaceMetrics(changes, metrics, defaults_.shared()); });
 }
 
 DefaultsResult SettingsStore::changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit) {
@@ -164,7 +181,7 @@ DefaultsResult SettingsStore::changePersonalMetrics(const std::function<void(Per
     return change(defaults_, json_, [&](Changes& changes) {
         edited = personalMetrics();
         edit(edited);
-        changes.replace(metricsKey, edited);
+        replaceMetrics(changes, edited, defaults_.shared());
     });
 }
 
@@ -245,11 +262,10 @@ DefaultsResult SettingsStore::reconcileGoal(const UserDefaults& shared, Day toda
 }
 
 DefaultsResult SettingsStore::adoptTargetWeight(const UserDefaults& shared) {
-    const auto weight = shared.real("targetWeight");
+    const auto weight = shared.real(sharedWeightKey);
     if (!weight || !std::isfinite(*weight)) return {};
-    return changePersonalMetrics([target = *weight > 0 ? weight : std::nullopt](PersonalMetrics& metrics) {
-        metrics.targetWeight = target;
-    });
+    return changePersonalMetrics(
+        [target = targetIn(*weight)](PersonalMetrics& metrics) { metrics.targetWeight = target; });
 }
 
 DefaultsResult SettingsStore::adoptPreferences(const UserDefaults& shared) {

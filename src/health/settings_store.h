@@ -52,6 +52,7 @@ public:
     std::string languageCode() const;
 
     PersonalMetrics personalMetrics() const;
+    /// Also tells widgets and watch of the target weight, where they keep one.
     DefaultsResult savePersonalMetrics(const PersonalMetrics& metrics);
     /// Lets `edit` change them; it may be called twice.
     DefaultsResult changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit);

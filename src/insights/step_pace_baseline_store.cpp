@@ -29,8 +29,14 @@ std::optional<std::array<std::int64_t, 24>> hoursOf(std::span<const HourlyStepDa
 
 StepPaceBaselineStore::StepPaceBaselineStore(MainExecutor& executor, const Clock& clock,
                                              const SettingsStore& settings, DefaultsDomains& defaults,
-                                             const JsonParser& json, PlatformLog& log)
-    : clock_(clock), settings_(settings), defaults_(defaults), json_(json), log_(log), tasks_(executor) {
+                                             const JsonParser& json, PlatformLog& log, Keeping keeping)
+    : clock_(clock),
+      settings_(settings),
+      defaults_(defaults),
+      json_(json),
+      log_(log),
+      keeping_(keeping),
+      tasks_(executor) {
     setDays(loadPaceDays(defaults, json));
 }
 
@@ -88,6 +94,7 @@ void StepPaceBaselineStore::setDays(std::vector<PaceDay> newDays) {
 }
 
 void StepPaceBaselineStore::save() {
+    if (keeping_ == Keeping::inMemory) return;
     const auto result = savePaceDays(defaults_, json_, days);
     if (!result) log_.log(logSubsystem, "StepPace", LogLevel::error, result.error().message);
 }

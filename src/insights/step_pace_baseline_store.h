@@ -20,9 +20,13 @@ namespace pedvar {
 /// that they make. Lives on the main executor.
 class StepPaceBaselineStore {
 public:
+    /// Whether days that were read are stored. Those who only look keep them in memory.
+    enum class Keeping { stored, inMemory };
+
     /// Starts with the days that are stored.
     StepPaceBaselineStore(MainExecutor& executor, const Clock& clock, const SettingsStore& settings,
-                          DefaultsDomains& defaults, const JsonParser& json, PlatformLog& log);
+                          DefaultsDomains& defaults, const JsonParser& json, PlatformLog& log,
+                          Keeping keeping = Keeping::stored);
 
     Published<std::vector<PaceDay>> days;                 // by date
     Published<std::optional<StepPaceBaseline>> baseline;  // none while too few days qualify
@@ -44,6 +48,7 @@ private:
     DefaultsDomains& defaults_;
     const JsonParser& json_;
     PlatformLog& log_;
+    Keeping keeping_;
     std::optional<CancellableTask> refreshTask_;
     TaskScope tasks_;  // last: its coroutines use what stands above
 };

@@ -176,6 +176,9 @@ struct HKTypeSets {
     std::vector<std::string> read;
 };
 
+struct HKWorkoutQuery;  // stored_workouts.h
+struct HKWorkoutRouteQuery;
+
 /// Answers once to each question, from any thread.
 ///
 /// Sums of cumulative quantities count once where sources overlap in time: a sample counts with the share of its
@@ -193,6 +196,8 @@ public:
     virtual void execute(HKStatisticsQuery query) = 0;
     virtual void execute(HKStatisticsCollectionQuery query) = 0;
     virtual void execute(HKSampleQuery query) = 0;
+    virtual void execute(HKWorkoutQuery query) = 0;
+    virtual void execute(HKWorkoutRouteQuery query) = 0;
 
     virtual void recall(std::string key, HKQuantityType type, HKHandler<RecalledText> completion) = 0;
     /// Keeps the document, unless the samples of its type are no longer in `state`.

@@ -78,6 +78,29 @@ TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right,
     refused({"day", "2024-02-30"}, 2, "usage", "2024-05-01");
     refused({"week", "tomorrow"}, 2, "usage", "2024-05-01");
     refused({"month", "2024-13"}, 2, "usage", "2024-05");
+    for (const char* age : {"-1", "131", "old"}) {
+        refused({"rank", "--age", age}, 2, "usage", "from 0 to 130");
+        refused({"profile", "age", age}, 2, "usage", "from 0 to 130");
+    }
+    refused({"rank", "--steps", "-1"}, 2, "usage", "from 0 to");
+    refused({"compare", "sleep"}, 2, "usage", "steps, distance, calories, activeMinutes, flights");
+    refused({"compare", "--date", "9999-01-01"}, 2, "usage", "in the future");
+    refused({"calendar", "2024-00"}, 2, "usage", "2024-05");
+    refused({"calendar", "9999-01", "steps"}, 2, "usage", "in the future");
+    refused({"calendar", "steps", "flights"}, 2, "usage", "one too many");
+    refused({"recap", "2024-13"}, 2, "usage", "2024-05");
+    refused({"recap", "9999-12"}, 2, "usage", "in the future");
+    for (const char* weight : {"0", "-3", "1001", "nan", "heavy"}) {
+        refused({"weight", weight}, 2, "usage", "above 0, up to 1,000 kg");
+        refused({"profile", "targetWeight", weight}, 2, "usage", "above 0, up to 1000");
+    }
+    refused({"weight", "70", "cm"}, 2, "usage", "kg, lb");
+    refused({"height", "119", "in"}, 2, "usage", "up to 118 in");
+    refused({"profile", "gender", "no"}, 2, "usage", "male, female, other, none");
+    refused({"profile", "dailyStepGoal", "0"}, 2, "usage", "from 1 to 1,000,000");
+    refused({"profile", "ageSource", "manual"}, 2, "usage", "cannot be set");
+    refused({"profile", "name", "Ada"}, 2, "usage", "no \"name\"");
+    refused({"weight", "70", "--now", "2024-05-01"}, 2, "usage", "--now");
     refused({"today", "--now", "noon"}, 2, "usage", "2024-05-01T18:30");
     refused({"sources", "--order", "Nobody"}, 2, "usage", "Nobody");
     for (const char* writing : {"import", "goal"}) {
@@ -193,6 +216,13 @@ TEST_CASE_FIXTURE(BadInput, "looking creates nothing and changes nothing") {
                                                                                              {"week"},
                                                                                              {"month"},
                                                                                              {"streaks"},
+                                                                                             {"pace"},
+                                                                                             {"rank"},
+                                                                                             {"compare"},
+                                                                                             {"calendar"},
+                                                                                             {"weight"},
+                                                                                             {"profile"},
+                                                                                             {"recap", "--json"},
                                                                                              {"goal"},
                                                                                              {"settings"},
                                                                                              {"sources"},

@@ -86,6 +86,12 @@ TEST_CASE("commands write only where they are told to change something") {
     CHECK(isWriting(GoalRequest{"8000"}));
     CHECK(!isWriting(SettingsRequest{"theme", {}}));
     CHECK(isWriting(SettingsRequest{"theme", "dark"}));
+    CHECK(!isWriting(WeightRequest{}));
+    CHECK(isWriting(WeightRequest{{"72", {}}}));
+    CHECK(!isWriting(ProfileRequest{"age", {}}));
+    CHECK(isWriting(RecapRequest{}));
+    CHECK(!isWriting(RecapRequest{}, {.format = OutputFormat::json}));
+    CHECK(!isWriting(RecapRequest{}, {.now = "2024-05-01"}));
     CHECK(!isWriting(SourcesRequest{}));
     CHECK(isWriting(SourcesRequest{{"Watch"}}));
     CHECK(!isWriting(DoctorRequest{}));

@@ -45,6 +45,12 @@ TEST_CASE_FIXTURE(Golden, "each command that looks shows the sample store as it 
     check("day", with(look, {"day", "yesterday"}));
     check("week", with(look, {"week"}));
     check("month", with(look, {"month", "2024-04"}));
+    check("pace", with(look, {"pace"}));
+    check("rank", with(look, {"rank"}));
+    check("compare", with(look, {"compare", "distance", "--date", "yesterday"}));
+    check("calendar", with(look, {"calendar", "2024-04"}));
+    check("recap", with(look, {"recap"}));
+    check("profile", with(look, {"profile"}));
     check("streaks", with(look, {"streaks"}));
     check("goal", with(look, {"goal"}));
     check("settings", with(look, {"settings"}));
@@ -52,6 +58,21 @@ TEST_CASE_FIXTURE(Golden, "each command that looks shows the sample store as it 
     check("sources", with(look, {"sources"}));
     check("doctor", with(look, {"doctor"}));
     check("blocked", {"--data", "data", "--now", "2024-08-01", "today"});
+}
+
+TEST_CASE_FIXTURE(Golden, "weight and height show how they changed") {
+    addBodySamples(folder / "data");
+    check("weight", {"--data", "data", "--now", sampleNow, "weight"});
+    check("height", {"--data", "data", "--now", sampleNow, "height"});
+}
+
+TEST_CASE_FIXTURE(Golden, "in colours, today's curve, the own tier and the shades stand out") {
+    writeSampleStore(folder / "data");
+    REQUIRE(runPedvar(folder.path(), {"--data", "data", "settings", "colorOutput", "always"}).exitCode == 0);
+    for (const std::string command : {"pace", "rank", "calendar", "compare"}) {
+        const Outcome screen = runPedvar(folder.path(), {"--data", "data", "--now", sampleNow, command});
+        checkGolden(command + "_colors.txt", screen.output);
+    }
 }
 
 TEST_CASE_FIXTURE(Golden, "an empty store says how to begin, and an import what it did") {
@@ -83,10 +104,12 @@ TEST_CASE_FIXTURE(Golden, "a track of another program becomes an activity, with 
 
 TEST_CASE_FIXTURE(Golden, "a terminal without UTF-8 gets the same screen in ASCII") {
     writeSampleStore(folder / "data");
-    const Arguments arguments{"--data", "data", "--now", sampleNow, "day", "yesterday"};
-    const Outcome screen = runPedvar(folder.path(), arguments, {"LC_ALL=C"});
-    checkGolden("day_ascii.txt", screen.output);
-    CHECK(screen.output.find_first_of("\xE2\xC2") == std::string::npos);
+    const Arguments look{"--data", "data", "--now", sampleNow};
+    for (const Arguments& command : {Arguments{"day", "yesterday"}, {"pace"}, {"calendar"}, {"rank"}}) {
+        const Outcome screen = runPedvar(folder.path(), with(look, command), {"LC_ALL=C"});
+        checkGolden(command.front() + "_ascii.txt", screen.output);
+        CHECK(screen.output.find_first_of("\xE2\xC2?") == std::string::npos);
+    }
 }
 
 }  // namespace

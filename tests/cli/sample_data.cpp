@@ -94,6 +94,17 @@ std::string sampleTrack() {
     return writeGPX(locations, "Round & round", "Walking", locations.front().timestamp);
 }
 
+void addBodySamples(const std::filesystem::path& folder) {
+    SampleStore store(folder);
+    for (int number = 1; number <= 28; number += 3) {
+        const Day day = Day{2024y / 4 / 1} + std::chrono::days(number - 1);
+        store.add(phone, HKQuantityTypeIdentifierBodyMass, "kg", day, 7, 74 - 0.1 * number + 0.25 * (number % 4));
+    }
+    store.add(phone, HKQuantityTypeIdentifierHeight, "m", Day{2024y / 4 / 1}, 7, 1.715);
+    store.add(phone, HKQuantityTypeIdentifierHeight, "m", Day{2024y / 4 / 9}, 7, 1.72);
+    store.finish();
+}
+
 std::string sampleExport() {
     return R"(<?xml version="1.0" encoding="UTF-8"?>
 <HealthData locale="en_GB">

@@ -17,6 +17,9 @@ void writeSampleStore(const std::filesystem::path& folder);
 /// A GPX file of a round walk of 5 km on the morning of 30 April 2024.
 std::string sampleTrack();
 
+/// Adds a weight every third day of April and two heights to the store in `folder`.
+void addBodySamples(const std::filesystem::path& folder);
+
 /// A health export of one day with a record that has no number.
 std::string sampleExport();
 

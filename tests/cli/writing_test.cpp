@@ -5,10 +5,15 @@
 #include "linux/system/sqlite_document_parts.h"
 #include "recording/session_history.h"
 #include "support/sample_sessions.h"
+#include "core/calendar.h"
+#include "linux/system/absl_zone.h"
+#include "linux/system/clocks.h"
+#include "linux/system/sqlite_defaults.h"
 #include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <csignal>
 
 namespace pedvar {
@@ -23,6 +28,10 @@ struct Writing {
     }
     std::optional<std::int64_t> shared(std::string_view key) const {
         return SqliteDefaults(folder / "data", SqliteDefaults::Access::readOnly).shared()->integer(key);
+    }
+    void storeRecapMonth(const char* month) const {
+        SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
+        REQUIRE(defaults.write({{&defaults.standard(), "monthlyRecapLastShownMonth", month}}));
     }
 
     TemporaryFolder folder;
@@ -69,6 +78,81 @@ TEST_CASE_FIXTURE(Writing, "importing again adds nothing, exactly the goal is me
     const auto metrics = defaults.standard().data("personalMetrics");
     REQUIRE(metrics);
     CHECK(metrics->bytes.contains("\"age\":"));
+}
+
+TEST_CASE_FIXTURE(Writing, "weight, height and profile are kept, in the units that were typed") {
+    CHECK(run({"weight", "160", "lb", "--json"}).output.starts_with("{\"current\":72.57477"));
+    CHECK(run({"weight", "72.5"}).output.starts_with("Weight   72.5 kg\n"));
+    CHECK(run({"height", "70", "in", "--json"}).output.starts_with("{\"current\":177.8,\"unit\":\"cm\","));
+    run({"profile", "age", "70"});
+    run({"profile", "gender", "other"});
+    run({"profile", "targetWeight", "70"});
+    run({"profile", "dailyStepGoal", "9000"});
+    CHECK(run({"profile", "targetWeight", "none", "--json"}).output == R"({"key":"targetWeight","value":null})"
+                                                                       "\n");
+    CHECK(run({"profile", "--json"}).output ==
+          R"({"age":70,"gender":"other","targetWeight":null,"dailyStepGoal":9000,"weeklyStepGoal":63000,)"
+          R"("ageSource":"manual","genderSource":"manual"})"
+          "\n");
+    CHECK(shared("dailyGoal") == 9000);
+    CHECK(run({"rank", "--steps", "16000", "--json"})
+              .output.contains(R"("tier":"topOne","tierName":"Top","nextTier":null)"));
+}
+
+TEST_CASE_FIXTURE(Writing, "a recap is due in the month after one with steps, and looking leaves it so") {
+    writeSampleStore(folder / "data");
+    const auto isDue = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"recap", "--json"});
+        return run(arguments).output.contains(R"("due":true)");
+    };
+    CHECK(!isDue({"--now", sampleNow}));  // the first month of use
+    storeRecapMonth("2024-04");
+    CHECK(isDue({"--now", sampleNow}));
+    CHECK(run({"recap", "--now", sampleNow}).output.starts_with("April\n"));
+    CHECK(isDue({"--now", sampleNow}));
+    CHECK(run({"today", "--now", sampleNow}).output.ends_with("\nWhat April was: pedvar recap\n"));
+    CHECK(!isDue({"--now", "2024-04-20"}));
+    CHECK(isDue({"--now", "2024-06-20"}));   // one day of May
+    CHECK(!isDue({"--now", "2024-07-20"}));  // nobody walked in June
+}
+
+TEST_CASE_FIXTURE(Writing, "a recap is due until a person has seen it, and none in the first month of use") {
+    using namespace std::chrono;
+    const auto berlin = AbslZone::named("Europe/Berlin");
+    const year_month current = month(Calendar(*berlin, 2).day(SystemClock().now()));
+    const std::string walked = isoText(firstDay(current - months(1)) + days(9));
+    std::string document = sampleExport();
+    for (std::size_t at = 0; (at = document.find("2024-05-01", at)) != std::string::npos;) {
+        document.replace(at, walked.size(), walked);
+    }
+    writeFile(folder / "export.xml", document);
+    run({"import", "export.xml"});
+    CHECK(run({"recap", "--json"}).output.starts_with(R"({"due":false)"));
+    storeRecapMonth("2020-01");
+    CHECK(run({"recap", "--json"}).output.starts_with(R"({"due":true)"));
+    CHECK(run({"recap"}).output.contains("1,600 steps"));
+    CHECK(run({"recap", "--json"}).output.starts_with(R"({"due":false)"));
+}
+
+TEST_CASE_FIXTURE(Writing, "writing stores the days of the pace, looking leaves them as they are") {
+    writeFile(folder / "export.xml", sampleExport());
+    run({"import", "export.xml"});
+    const auto stored = [&] {
+        const SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readOnly);
+        return defaults.standard().data("stepPaceBaselineDays").value_or(Data{}).bytes;
+    };
+    const std::string days = stored();
+    CHECK(std::ranges::count(days, 'd') == 28);  // of "date"
+    {
+        SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
+        REQUIRE(defaults.write({{&defaults.standard(), "stepPaceBaselineDays", Data{"[{}"}}}));
+    }
+    CHECK(run({"pace", "--json"}).output.contains(R"("status":3)"));
+    CHECK(stored() == "[{}");
+    run({"goal", "8000"});
+    CHECK(stored() == days);
+    const SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readOnly);
+    CHECK(defaults.standard().data("stepPaceBaselineDays.unreadable") == Data{"[{}"});
 }
 
 TEST_CASE_FIXTURE(Writing, "the order of sources decides who counts") {

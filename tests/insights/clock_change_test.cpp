@@ -53,12 +53,26 @@ struct Place {
             CHECK(stored->hourly == walked[day]);
             CHECK(page.value(day, CalendarMetric::steps) == cumulativeCurve(walked[day]).back());
         }
+        checkStreak(walked);
+    }
+
+    /// With a goal that the day before yesterday meets exactly, and one that it misses by a step.
+    void checkStreak(std::map<Day, std::array<std::int64_t, 24>>& walked) {
+        const Day today = settings.calendar().day(time.now());
+        const auto total = [&](Day day) { return static_cast<std::int64_t>(cumulativeCurve(walked[day]).back()); };
+        for (const std::int64_t goal : {total(today - days(2)), total(today - days(2)) + 1}) {
+            REQUIRE(settings.setDailyGoal(goal, today));
+            time.run(manager.updateStreaks());
+            std::int64_t expected = total(today) >= goal ? 1 : 0;
+            for (Day day = today - days(1); total(day) >= goal; day -= days(1)) ++expected;
+            CHECK(manager.currentStreak == expected);
+        }
     }
 };
 
 }  // namespace
 
-TEST_CASE("around clock changes baseline and calendar hold what was walked while the clock showed their hours") {
+TEST_CASE("around clock changes baseline, calendar and streak go by the hours that the clock showed") {
     Place("Europe/Berlin").checkAround(2024y / March / 31);
     Place("Europe/Berlin").checkAround(2024y / October / 27);
     Place("America/New_York").checkAround(2024y / March / 10);

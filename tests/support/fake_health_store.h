@@ -3,7 +3,7 @@
 
 #include "core/calendar.h"
 #include "core/executor.h"
-#include "platform/health_store.h"
+#include "platform/stored_workouts.h"
 
 #include <algorithm>
 #include <deque>
@@ -21,11 +21,13 @@ public:
     explicit FakeHealthStore(const ZoneRules& zone) : calendar_(zone, 1) {}
 
     std::vector<HKQuantitySample> samples;
+    std::vector<StoredWorkout> workouts;
     std::map<std::string, HKError> failures;  // of every query on a type
     bool isHolding = false;
     std::vector<std::string> asked;  // the types of all queries so far
     HKAuthorizationRequestStatus status = HKAuthorizationRequestStatus::unnecessary;
     std::optional<HKError> authorizationError;
+    std::optional<HKError> saveError;
     int authorizationRequests = 0;
     Event<> samplesAdded;
     std::map<std::string, DerivedDocument> derived;
@@ -63,9 +65,26 @@ public:
     void execute(HKSampleQuery query) override {
         auto found = matching(query.sampleType, query.predicate);
         std::ranges::sort(found, {}, &HKQuantitySample::start);
-        if (query.sort == HKSampleSort::startDateDescending) std::ranges::reverse(found);
+        const bool isByEnd =
+            query.sort == HKSampleSort::endDateAscending || query.sort == HKSampleSort::endDateDescending;
+        if (isByEnd) std::ranges::sort(found, {}, &HKQuantitySample::end);
+        const bool isDescending =
+            query.sort == HKSampleSort::startDateDescending || query.sort == HKSampleSort::endDateDescending;
+        if (isDescending) std::ranges::reverse(found);
         while (query.limit > 0 && found.size() > query.limit) found.pop_back();
         reply(query.sampleType, std::move(query.resultsHandler), std::move(found));
+    }
+
+    void execute(HKWorkoutQuery query) override {
+        std::vector<StoredWorkout> found;
+        for (const StoredWorkout& workout : workouts) {
+            if (workout.start < query.interval.end && workout.end > query.interval.start) found.push_back(workout);
+        }
+        std::ranges::sort(found, {}, &StoredWorkout::start);
+        reply({HKWorkoutTypeIdentifier}, std::move(query.resultsHandler), std::move(found));
+    }
+    void execute(HKWorkoutRouteQuery query) override {
+        reply({HKWorkoutRouteTypeIdentifier}, std::move(query.resultsHandler), std::vector<StoredRoute>());
     }
 
     void getRequestStatusForAuthorization(const HKTypeSets&,
@@ -84,7 +103,11 @@ public:
         derived[document.key] = document;
         completion({});
     }
-    void save(std::vector<HKQuantitySample>, HKHandler<void> completion) override { completion({}); }
+    void save(std::vector<HKQuantitySample> added, HKHandler<void> completion) override {
+        if (saveError) return completion(std::unexpected(*saveError));
+        samples.insert(samples.end(), added.begin(), added.end());
+        completion({});
+    }
     void enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency, HKHandler<void> completion) override {
         authorizationError ? completion(std::unexpected(*authorizationError)) : completion({});
     }

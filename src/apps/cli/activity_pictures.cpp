@@ -106,7 +106,7 @@ std::string lineOf(const BrailleCanvas& canvas, std::size_t line, std::span<cons
 
 std::string shownLength(double meters, const Figures& figures) {
     return meters < figures.unitLength()
-               ? figures.height(meters)
+               ? figures.altitude(meters)
                : figures.number(meters / figures.unitLength(), 0) + " " + figures.unitName();
 }
 
@@ -229,11 +229,11 @@ std::string elevationPicture(std::span<const CLLocation> points, std::span<const
     std::string result;
     for (const std::string& line : columnLines(shares, chart)) {
         const bool isTop = result.empty();
-        result += rightAligned(isTop ? screen.figures.height(highest) : "", axisWidth - 2) +
+        result += rightAligned(isTop ? screen.figures.altitude(highest) : "", axisWidth - 2) +
                   (isTop ? " ┤" : " │") + screen.accented(line) + "\n";
     }
     const std::string axis = distanceAxis(marks.back().distance, width, axisWidth, screen.figures);
-    const std::string bottom = rightAligned(screen.figures.height(lowest), axisWidth - 2) + " ";
+    const std::string bottom = rightAligned(screen.figures.altitude(lowest), axisWidth - 2) + " ";
     return result + bottom + axis.substr(axisWidth - 1);
 }
 
@@ -247,7 +247,7 @@ std::string splitTable(std::span<const Split> splits, const ListedActivity& acti
     std::string result;
     const auto climb = [&](std::string_view sign, double meters) {
         const bool isLevel = meters < figures.smallUnitLength() / 2;
-        return rightAligned(isLevel ? std::string() : std::string(sign) + figures.height(meters), 9);
+        return rightAligned(isLevel ? std::string() : std::string(sign) + figures.altitude(meters), 9);
     };
     double reached = 0;
     double elapsed = 0;  // seconds

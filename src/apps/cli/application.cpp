@@ -2,6 +2,7 @@
 
 #include "apps/cli/companion.h"
 #include "apps/cli/health.h"
+#include "apps/cli/insights.h"
 #include "apps/cli/moment.h"
 #include "insights/pace_days.h"
 #include "linux/health/health_administration.h"
@@ -72,6 +73,7 @@ Application::Application(const GlobalOptions& options, std::filesystem::path fol
                          std::unique_ptr<const Clock> clock, Access access)
     : options_(options),
       folder_(std::move(folder)),
+      access_(access),
       zone_(std::move(zone)),
       clock_(std::move(clock)),
       locale_(*zone_.rules),
@@ -148,6 +150,17 @@ CommandResult<Companion*> Application::companion() {
     return companion_.get();
 }
 
+CommandResult<Insights*> Application::insights() {
+    const auto opened = health();
+    if (!opened) return std::unexpected(opened.error());
+    if (!insights_) {
+        using enum StepPaceBaselineStore::Keeping;
+        insights_ = std::make_unique<Insights>(InsightsSurroundings{
+            loop_, *clock_, defaults_, json_, settings_, log_, **opened, isWriting() ? stored : inMemory});
+    }
+    return insights_.get();
+}
+
 CommandResult<void> Application::forgetChangedDays() {
     DefaultsResult forgotten;
     const auto forget = [&](const ChangedDays& changed) {
@@ -167,7 +180,11 @@ CommandResult<void> Application::refresh() {
     const auto opened = companion();
     if (!opened) return std::unexpected(opened.error());
     if (const auto forgotten = forgetChangedDays(); !forgotten) return forgotten;
+    const auto meaning = insights();
+    if (!meaning) return std::unexpected(meaning.error());
     loop_.run(refreshed(health_->manager, (*opened)->updater));
+    if (const auto reading = (*meaning)->pace.refresh(health_->manager)) finish(*reading);
+    loop_.run((*meaning)->recap.checkForRecap());
     return {};
 }
 

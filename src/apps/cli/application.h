@@ -27,6 +27,7 @@ namespace pedvar {
 
 class Companion;
 class Health;
+struct Insights;
 
 /// Whether a command only looks. Then nothing is written, not even the folder of the data.
 enum class Access { readOnly, readWrite };
@@ -38,9 +39,11 @@ public:
     static CommandResult<std::unique_ptr<Application>> open(const GlobalOptions& options, Access access);
     ~Application();
 
+    bool isWriting() const { return access_ == Access::readWrite; }
     bool wantsJson() const { return options_.format == OutputFormat::json; }
     const std::filesystem::path& folder() const { return folder_; }
     const Texts& text() const { return text_; }
+    const TextCatalogue& catalogue() const { return catalogue_; }
     const Clock& clock() const { return *clock_; }
     EventLoop& loop() { return loop_; }
     SqliteDefaults& defaults() { return defaults_; }
@@ -69,8 +72,11 @@ public:
     /// The managers that carry changes on to widgets and watch, for commands that write.
     CommandResult<Companion*> companion();
 
-    /// What follows each change: today's totals and the suite that widgets read are made anew, and what was
-    /// derived from days that have changed since is forgotten.
+    /// The managers of what the days mean. Only a command that writes lets them store what they have read.
+    CommandResult<Insights*> insights();
+
+    /// What follows each change: what was derived from days that have changed since is forgotten; today's totals,
+    /// the suite that widgets read and the usual day are made anew.
     CommandResult<void> refresh();
 
 private:
@@ -97,6 +103,7 @@ private:
     std::optional<SessionHistory> sessions_;  // read when first asked for
     std::unique_ptr<Health> health_;
     std::unique_ptr<Companion> companion_;
+    std::unique_ptr<Insights> insights_;
 };
 
 }  // namespace pedvar

@@ -1,6 +1,10 @@
 #include "apps/cli/command_line.h"
 
+#include "core/reflection.h"
+#include "health/step_records.h"
+
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
@@ -79,6 +83,10 @@ void describeActivities(Grammar& grammar) {
         });
 }
 
+std::string metricNames() {
+    return fmt::format("{}; steps without it", fmt::join(caseNames<ActivityMetric>, ", "));
+}
+
 void describeCommands(Grammar& grammar) {
     grammar.command<ImportRequest>(
         "import", "Read a phone's health export, or an activity from GPX",
@@ -103,10 +111,44 @@ void describeCommands(Grammar& grammar) {
         command.add_option("MONTH", request.month, "YYYY-MM; this month without it");
     });
     grammar.command<StreaksRequest>("streaks", "Days in a row on which the goal was met");
+    grammar.command<PaceRequest>("pace", "Today so far against a usual day");
+    grammar.command<RankRequest>(
+        "rank", "Where the steps of a day stand at your age", [](CLI::App& command, RankRequest& request) {
+            command.add_option("--steps", request.steps, "Of so many steps; of today's without it")
+                ->type_name("STEPS");
+            command.add_option("--age", request.age, "At another age, 0 to 130")->type_name("YEARS");
+        });
+    grammar.command<CompareRequest>(
+        "compare", "A day against your own past", [](CLI::App& command, CompareRequest& request) {
+            command.add_option("METRIC", request.metric, metricNames());
+            command.add_option("--date", request.day, "YYYY-MM-DD, today or yesterday")->type_name("DATE");
+        });
+    grammar.command<CalendarRequest>(
+        "calendar", "A month as a page of the calendar", [](CLI::App& command, CalendarRequest& request) {
+            command.add_option("WHAT", request.what, "YYYY-MM, and " + metricNames())->expected(0, 2);
+        });
+    grammar.command<RecapRequest>("recap", "What a month was", [](CLI::App& command, RecapRequest& request) {
+        command.add_option("MONTH", request.month, "YYYY-MM; the month that has ended last without it");
+    });
     describeActivities(grammar);
     grammar.command<GoalRequest>(
         "goal", "Show or set the daily goal", [](CLI::App& command, GoalRequest& request) {
             command.add_option("STEPS", request.goal, "The goal from today on, 1 to 1000000");
+        });
+    grammar.command<WeightRequest>(
+        "weight", "Show your weight over time, or note it", [](CLI::App& command, WeightRequest& request) {
+            command.add_option("VALUE", request.value, "What you weigh now");
+            command.add_option("UNIT", request.unit, "kg or lb; the one of the settings without it");
+        });
+    grammar.command<HeightRequest>(
+        "height", "Show your height, or note it", [](CLI::App& command, HeightRequest& request) {
+            command.add_option("VALUE", request.value, "How tall you are");
+            command.add_option("UNIT", request.unit, "cm or in; the one of the settings without it");
+        });
+    grammar.command<ProfileRequest>(
+        "profile", "Show or change what Pedvar knows of you", [](CLI::App& command, ProfileRequest& request) {
+            command.add_option("KEY", request.key, "age, gender, targetWeight, ...; all of them without it");
+            command.add_option("VALUE", request.value, "Its new value; none to forget it");
         });
     grammar.command<SettingsRequest>(
         "settings", "Show or change the settings", [](CLI::App& command, SettingsRequest& request) {
@@ -134,6 +176,13 @@ const CLI::App& commandGiven(const CLI::App& app) {
 }
 
 struct Writing {
+    const GlobalOptions& options;
+
+    /// A recap that a person sees is a recap that was shown; scripts and looks from another moment change nothing.
+    bool operator()(const RecapRequest&) const { return options.format == OutputFormat::screen && !options.now; }
+    bool operator()(const WeightRequest& weight) const { return weight.value.has_value(); }
+    bool operator()(const HeightRequest& height) const { return height.value.has_value(); }
+    bool operator()(const ProfileRequest& profile) const { return profile.value.has_value(); }
     bool operator()(const ImportRequest&) const { return true; }
     bool operator()(const GoalRequest& goal) const { return goal.goal.has_value(); }
     bool operator()(const SettingsRequest& settings) const { return settings.value.has_value(); }
@@ -197,8 +246,8 @@ OutputFormat formatOf(std::span<const char* const> arguments) {
     return std::ranges::any_of(arguments, isJson) ? OutputFormat::json : OutputFormat::screen;
 }
 
-bool isWriting(const Request& request) {
-    return std::visit(Writing{}, request);
+bool isWriting(const Request& request, const GlobalOptions& options) {
+    return std::visit(Writing{options}, request);
 }
 
 }  // namespace pedvar

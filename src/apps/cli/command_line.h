@@ -62,6 +62,32 @@ struct SettingsRequest {
     std::optional<std::string> key;
     std::optional<std::string> value;
 };
+struct PaceRequest {};
+struct RankRequest {
+    std::optional<std::string> steps;
+    std::optional<std::string> age;
+};
+struct CompareRequest {
+    std::string metric = "steps";
+    std::string day = "today";
+};
+struct CalendarRequest {
+    std::vector<std::string> what;  // a month, a metric, or both in either order
+};
+struct RecapRequest {
+    std::optional<std::string> month;
+};
+/// An amount of the body's to be stored; without a value the stored ones are shown.
+struct BodyRequest {
+    std::optional<std::string> value;
+    std::optional<std::string> unit;
+};
+struct WeightRequest : BodyRequest {};
+struct HeightRequest : BodyRequest {};
+struct ProfileRequest {
+    std::optional<std::string> key;
+    std::optional<std::string> value;
+};
 struct SourcesRequest {
     std::vector<std::string> order;
 };
@@ -70,9 +96,11 @@ struct DoctorRequest {
     Repair repair = Repair::none;
 };
 
-using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
-                             GoalRequest, SettingsRequest, SourcesRequest, DoctorRequest, RouteRequest,
-                             ActivitiesRequest, ActivityRequest, ExportRequest>;
+using Request =
+    std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
+                 RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
+                 RouteRequest, ExportRequest, GoalRequest, WeightRequest, HeightRequest, ProfileRequest,
+                 SettingsRequest, SourcesRequest, DoctorRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {
@@ -93,6 +121,6 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
 OutputFormat formatOf(std::span<const char* const> arguments);
 
 /// Whether the command changes what is stored.
-bool isWriting(const Request& request);
+bool isWriting(const Request& request, const GlobalOptions& options = {});
 
 }  // namespace pedvar

@@ -37,6 +37,7 @@ Figures::Figures(const Locale& locale, const UserPreferences& preferences, Texts
       decimalSeparator_(locale.decimalSeparator()),
       groupingSeparator_(locale.groupingSeparator()),
       distanceUnit_(preferences.distanceUnit),
+      weightUnit_(preferences.weightUnit),
       isTwelveHourClock_(hasTwelveHourClock(locale, preferences.timeFormat)) {}
 
 std::string Figures::number(std::int64_t value) const {
@@ -76,7 +77,7 @@ std::string Figures::distance(double meters) const {
     return text_("{} km", number(meters / metersPerKilometer, 1));
 }
 
-std::string Figures::height(double meters) const {
+std::string Figures::altitude(double meters) const {
     const std::string shown = number(meters / smallUnitLength(), 0);
     return distanceUnit_ == DistanceUnit::miles ? text_("{} ft", shown) : text_("{} m", shown);
 }
@@ -123,6 +124,31 @@ std::string Figures::minutes(std::int64_t count) const {
     return text_("{} min", number(count));
 }
 
+std::string Figures::amount(ActivityMetric metric, double value) const {
+    switch (metric) {
+        case ActivityMetric::distance:
+            return distance(value);
+        case ActivityMetric::calories:
+            return energy(value);
+        case ActivityMetric::activeMinutes:
+            return text_("{} min", number(value, 0));
+        case ActivityMetric::steps:
+        case ActivityMetric::flights:
+            break;
+    }
+    return number(value, 0);
+}
+
+std::string Figures::weight(double kilograms) const {
+    if (weightUnit_ == WeightUnit::pounds) return text_("{} lb", number(kilograms / kilogramsPerPound, 1));
+    return text_("{} kg", number(kilograms, 1));
+}
+
+std::string Figures::height(double centimeters) const {
+    if (weightUnit_ == WeightUnit::pounds) return text_("{} in", number(centimeters / centimetersPerInch, 1));
+    return text_("{} cm", number(centimeters, 1));
+}
+
 std::string Figures::bytes(double count) const {
     constexpr double megabyte = 1e6;
     if (count < megabyte) return text_("{} kB", number(count / 1e3, 0));
@@ -152,11 +178,15 @@ std::string Figures::time(LocalTime time) const {
     return hour < 12 ? text_("{0}:{1:02} AM", shown, minute) : text_("{0}:{1:02} PM", shown, minute);
 }
 
-std::string Figures::weekdayAndDay(Day day) const {
+std::string Figures::weekdayName(Day day) const {
     const std::array names{text_("Sun"), text_("Mon"), text_("Tue"), text_("Wed"),
                            text_("Thu"), text_("Fri"), text_("Sat")};
+    return names.at(static_cast<std::size_t>(weekday(day)) - 1);
+}
+
+std::string Figures::weekdayAndDay(Day day) const {
     const auto number = static_cast<unsigned>(std::chrono::year_month_day(day).day());
-    return text_("{0} {1:2}", names.at(static_cast<std::size_t>(weekday(day)) - 1), number);
+    return text_("{0} {1:2}", weekdayName(day), number);
 }
 
 std::string Figures::month(std::chrono::year_month month) const {

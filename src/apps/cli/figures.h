@@ -4,6 +4,7 @@
 #include "apps/cli/texts.h"
 #include "core/calendar.h"
 #include "core/preferences.h"
+#include "health/step_records.h"
 #include "platform/locale.h"
 
 #include <cstdint>
@@ -27,7 +28,7 @@ public:
     /// In the preferred unit: "6.1 km", "3.8 mi".
     std::string distance(double meters) const;
     /// In metres, or in feet where distances are in miles: "312 m", "1,024 ft".
-    std::string height(double meters) const;
+    std::string altitude(double meters) const;
     /// "1:12:30", "4:05"; minutes and seconds at least.
     std::string duration(double seconds) const;
     /// Per preferred unit: "11:51 /km"; "–" for what is no pace or slower than 100 minutes.
@@ -43,6 +44,12 @@ public:
     std::string energy(double kilocalories) const;
     /// "48 min".
     std::string minutes(std::int64_t count) const;
+    /// In the unit of the metric: "8,432" steps or floors, "6.1 km", "312 kcal", "48 min".
+    std::string amount(ActivityMetric metric, double value) const;
+    /// In the preferred unit: "72.5 kg", "159.8 lb".
+    std::string weight(double kilograms) const;
+    /// Centimetres, or inches for those who weigh in pounds.
+    std::string height(double centimeters) const;
     /// "12.5 MB".
     std::string bytes(double count) const;
 
@@ -52,6 +59,8 @@ public:
     std::string date(Day day) const;
     /// "06:30", "6:30 AM".
     std::string time(LocalTime time) const;
+    /// "Wed".
+    std::string weekdayName(Day day) const;
     /// "Wed  1".
     std::string weekdayAndDay(Day day) const;
     /// "May 2024".
@@ -66,6 +75,7 @@ private:
     std::string decimalSeparator_;
     std::string groupingSeparator_;
     DistanceUnit distanceUnit_;
+    WeightUnit weightUnit_;
     bool isTwelveHourClock_;
 };
 

@@ -41,6 +41,8 @@ private:
 
 public:
     HealthKitManager manager;
+
+    HKHealthStore& store() { return store_; }
 };
 
 }  // namespace pedvar

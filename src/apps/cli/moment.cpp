@@ -8,8 +8,7 @@
 namespace pedvar {
 namespace {
 
-using std::chrono::hours;
-using std::chrono::minutes;
+using namespace std::chrono;
 
 /// Takes texts apart from the front.
 struct Scanner {

@@ -49,12 +49,13 @@ Charset environmentCharset() {
 }
 
 std::string_view likeness(std::string_view character) {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 34> likenesses{{
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 37> likenesses{{
         {"█", "#"}, {"▉", "#"}, {"▊", "#"}, {"▋", "#"}, {"▌", "#"},      {"▍", " "},      {"▎", " "},
         {"▏", " "}, {"▇", "#"}, {"▆", "#"}, {"▅", "#"}, {"▄", ":"},      {"▃", ":"},      {"▂", "."},
-        {"▁", "."}, {"░", "."}, {"│", "|"}, {"┤", "+"}, {"└", "+"},      {"─", "-"},      {"┼", "+"},
-        {"✓", "*"}, {"–", "-"}, {"…", "."}, {"’", "'"}, {"\u00A0", " "}, {"\u202F", " "}, {"·", "-"},
-        {"○", "o"}, {"●", "@"}, {"◉", "@"}, {"├", "+"}, {"┬", "+"},      {"▲", "^"},
+        {"▁", "."}, {"░", "."}, {"▒", ":"}, {"▓", "+"}, {"│", "|"},      {"┤", "+"},      {"└", "+"},
+        {"─", "-"}, {"┼", "+"}, {"✓", "*"}, {"–", "-"}, {"…", "."},      {"’", "'"},      {"\u00A0", " "},
+        {"\u202F", " "}, {"·", "-"}, {"○", "o"}, {"●", "@"}, {"◉", "@"}, {"├", "+"}, {"┬", "+"}, {"▲", "^"},
+        {"◂", "<"},
     }};
     if (character.size() == 1 && static_cast<unsigned char>(character.front()) < 0x80) return character;
     for (const auto& [from, to] : likenesses) {

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace pedvar {
@@ -27,6 +28,9 @@ public:
             return fmt::format(english, values...);
         }
     }
+
+    /// A text without places that is not known before the program runs.
+    std::string lookUp(std::string_view english) const { return catalogue_->text(english); }
 
 private:
     const TextCatalogue* catalogue_;

@@ -5,6 +5,7 @@
 #include "linux/health/sum_reader.h"
 #include "linux/sqlite/connection.h"
 #include "platform/health_store.h"
+#include "platform/stored_workouts.h"
 
 #include <cstdint>
 #include <functional>
@@ -32,6 +33,9 @@ public:
     std::vector<HKQuantitySample> samples(const HKSampleQuery& query);
 
     RecalledText recall(std::string_view key, std::string_view type);
+    std::vector<StoredWorkout> workouts(const Interval& interval);
+    /// A route that is damaged is left out.
+    std::vector<StoredRoute> routes(std::int64_t workout);
 
 private:
     struct Series {

@@ -17,6 +17,7 @@ set(PEDVAR_HEALTH_SOURCES
     health/sqlite_health_store.cpp
     health/sqlite_workout_store.cpp
     health/store_error.cpp
+    health/stored_workouts.cpp
     health/sum_reader.cpp
     health/totals_keeper.cpp
     health/workout_table.cpp

@@ -210,6 +210,20 @@ void SqliteHealthStore::execute(HKSampleQuery query) {
                    });
 }
 
+void SqliteHealthStore::execute(HKWorkoutQuery query) {
+    state_->answer(std::move(query.resultsHandler), std::vector<StoredWorkout>(),
+                   [interval = query.interval](HealthReader& reader) {
+                       return HKResult<std::vector<StoredWorkout>>(reader.workouts(interval));
+                   });
+}
+
+void SqliteHealthStore::execute(HKWorkoutRouteQuery query) {
+    state_->answer(std::move(query.resultsHandler), std::vector<StoredRoute>(),
+                   [workout = query.workout](HealthReader& reader) {
+                       return HKResult<std::vector<StoredRoute>>(reader.routes(workout));
+                   });
+}
+
 void SqliteHealthStore::recall(std::string key, HKQuantityType type, HKHandler<RecalledText> completion) {
     state_->answer(std::move(completion), RecalledText(),
                    [key = std::move(key), type = std::move(type)](HealthReader& reader) {

@@ -34,6 +34,8 @@ public:
     void execute(HKStatisticsQuery query) override;
     void execute(HKStatisticsCollectionQuery query) override;
     void execute(HKSampleQuery query) override;
+    void execute(HKWorkoutQuery query) override;
+    void execute(HKWorkoutRouteQuery query) override;
 
     void recall(std::string key, HKQuantityType type, HKHandler<RecalledText> completion) override;
     void keep(DerivedDocument document, std::int64_t state, HKHandler<void> completion) override;

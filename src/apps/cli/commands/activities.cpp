@@ -26,7 +26,7 @@ std::string line(const ListedActivity& activity, const Screen& screen, const Cal
            rightAligned(shown(activity.distance, [&](double meters) { return figures.distance(meters); }), 9) +
            rightAligned(shown(activity.duration, [&](double seconds) { return figures.duration(seconds); }), 10) +
            rightAligned(shown(activity.averagePace, pace), 12) +
-           rightAligned(shown(activity.elevationGain, [&](double gain) { return "+" + figures.height(gain); }),
+           rightAligned(shown(activity.elevationGain, [&](double gain) { return "+" + figures.altitude(gain); }),
                         10) +
            "  " + screen.faint(shortId(activity.id)) + "\n";
 }

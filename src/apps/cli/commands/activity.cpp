@@ -67,8 +67,8 @@ std::string facts(const Whole& whole, const Screen& screen) {
     }
     if (activity.elevationGain || activity.elevationLoss) {
         lines.emplace_back(screen.text("Climb"),
-                           screen.text("{0} up, {1} down", figures.height(activity.elevationGain.value_or(0)),
-                                       figures.height(activity.elevationLoss.value_or(0))));
+                           screen.text("{0} up, {1} down", figures.altitude(activity.elevationGain.value_or(0)),
+                                       figures.altitude(activity.elevationLoss.value_or(0))));
     }
     lines.emplace_back(screen.text("Recorded by"), harmless(activity.source));
     return labelled(lines);

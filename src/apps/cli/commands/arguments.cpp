@@ -1,5 +1,9 @@
 #include "apps/cli/commands/arguments.h"
 
+#include "core/reflection.h"
+
+#include <fmt/ranges.h>
+
 #include <charconv>
 
 namespace pedvar {
@@ -24,6 +28,30 @@ CommandResult<Day> dayNamed(std::string_view name, Day today, const Texts& text)
     if (name == "yesterday") return today - std::chrono::days(1);
     if (const auto day = parseDay(name); day && *day <= lastDay) return *day;
     return usageError(text("\"{}\" is no day; one is written like 2024-05-01, today or yesterday.", name));
+}
+
+CommandResult<Day> pastDayNamed(std::string_view name, Day today, const Texts& text) {
+    const auto day = dayNamed(name, today, text);
+    if (day && *day > today) {
+        return usageError(text("{} is in the future; days up to today, {}, are known.", name, isoText(today)));
+    }
+    return day;
+}
+
+CommandResult<std::chrono::year_month> pastMonthNamed(std::string_view name, Day today, const Texts& text) {
+    const auto wanted = parseMonth(name);
+    if (!wanted) return usageError(text("\"{}\" is no month; one is written like 2024-05.", name));
+    if (*wanted > month(today)) {
+        return usageError(
+            text("{} is in the future; months up to this one, {}, are known.", name, monthKey(month(today))));
+    }
+    return *wanted;
+}
+
+CommandResult<ActivityMetric> metricNamed(std::string_view name, const Texts& text) {
+    if (const auto metric = caseNamed<ActivityMetric>(name)) return *metric;
+    const std::string valid = fmt::format("{}", fmt::join(caseNames<ActivityMetric>, ", "));
+    return usageError(text("\"{}\" is no metric; valid: {}.", name, valid));
 }
 
 std::optional<std::int64_t> wholeNumberNamed(std::string_view name) {

@@ -4,6 +4,7 @@
 #include "apps/cli/error.h"
 #include "apps/cli/texts.h"
 #include "core/calendar.h"
+#include "health/step_records.h"
 
 #include <cstdint>
 #include <optional>
@@ -13,6 +14,15 @@ namespace pedvar {
 
 /// A day: "2024-05-01", "today" or "yesterday".
 CommandResult<Day> dayNamed(std::string_view name, Day today, const Texts& text);
+
+/// The same, and not after `today`.
+CommandResult<Day> pastDayNamed(std::string_view name, Day today, const Texts& text);
+
+/// A month, "2024-05", not after that of `today`.
+CommandResult<std::chrono::year_month> pastMonthNamed(std::string_view name, Day today, const Texts& text);
+
+/// One of "steps", "distance", "calories", "activeMinutes" and "flights".
+CommandResult<ActivityMetric> metricNamed(std::string_view name, const Texts& text);
 
 /// A number written with digits and nothing else around it, the decimal separator being a point; none when it is
 /// anything else or does not fit.

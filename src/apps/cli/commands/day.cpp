@@ -7,7 +7,13 @@
 namespace pedvar {
 namespace {
 
-JsonObject document(Day day, const HealthKitManager& manager) {
+/// Beats per minute.
+JsonValue heartRateDocument(const std::optional<HeartRateSummary>& rate) {
+    if (!rate) return {};
+    return {JsonObject{{"average", {rate->average}}, {"lowest", {rate->lowest}}, {"highest", {rate->highest}}}};
+}
+
+JsonObject document(Day day, HealthKitManager& manager) {
     JsonObject result = metricsDocument(day, manager.selectedDayMetrics);
     JsonArray steps, distance;
     for (const HourlyStepData& hour : manager.hourlyStepData.value()) {
@@ -16,13 +22,21 @@ JsonObject document(Day day, const HealthKitManager& manager) {
     }
     result.emplace_back("hourlySteps", JsonValue{std::move(steps)});
     result.emplace_back("hourlyDistance", JsonValue{std::move(distance)});
+    result.emplace_back("walkingHeartRate", heartRateDocument(manager.workouts().walkingHeartRateSummary));
     return result;
 }
 
-std::string view(Day day, std::int64_t goal, const HealthKitManager& manager, const Screen& screen) {
+std::string view(Day day, std::int64_t goal, HealthKitManager& manager, const Screen& screen) {
     const SelectedDayMetrics& metrics = manager.selectedDayMetrics;
-    return screen.figures.longDate(day) + "\n\n" + goalView(metrics.steps, goal, screen) + "\n" +
-           labelled(metricLines(metrics, screen)) + "\n" + hourChart(manager.hourlyStepData.value(), screen);
+    const Figures& figures = screen.figures;
+    auto lines = metricLines(metrics, screen);
+    if (const std::optional<HeartRateSummary>& rate = manager.workouts().walkingHeartRateSummary) {
+        lines.emplace_back(screen.text("Heart on walks"),
+                           screen.text("{} a minute, {} to {}", figures.number(rate->average, 0),
+                                       figures.number(rate->lowest, 0), figures.number(rate->highest, 0)));
+    }
+    return figures.longDate(day) + "\n\n" + goalView(metrics.steps, goal, screen) + "\n" + labelled(lines) + "\n" +
+           hourChart(manager.hourlyStepData.value(), screen);
 }
 
 }  // namespace
@@ -34,6 +48,7 @@ CommandResult<Report> run(const DayRequest& request, Application& application) {
     if (!health) return std::unexpected(health.error());
     HealthKitManager& manager = (*health)->manager;
     application.finish(manager.selectDate(application.settings().calendar().start(*day)));
+    application.finish(manager.workouts().loadWalkingHeartRate(*day));
     if (application.wantsJson()) return Report{document(*day, manager)};
     const std::int64_t goal = application.settings().goalHistory().goalOn(*day);
     return Report{view(*day, goal, manager, application.screen())};

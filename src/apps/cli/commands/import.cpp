@@ -30,8 +30,6 @@ ImportReport readExports(const std::vector<std::string>& files, Health& health, 
     return HealthImporter(writer).run(paths, showProgress, stop.get_token());
 }
 
-constexpr std::int64_t highestAge = 130;  // years; nobody has lived longer
-
 /// In full years; none for a birthday that nobody alive can have.
 std::optional<std::int64_t> ageOn(Day today, std::optional<std::chrono::year_month_day> birth) {
     if (!birth) return std::nullopt;
@@ -39,7 +37,7 @@ std::optional<std::int64_t> ageOn(Day today, std::optional<std::chrono::year_mon
     const bool isBeforeBirthday = std::pair(day.month(), day.day()) < std::pair(birth->month(), birth->day());
     const std::int64_t age =
         static_cast<int>(day.year()) - static_cast<int>(birth->year()) - (isBeforeBirthday ? 1 : 0);
-    return 0 <= age && age <= highestAge ? std::optional(age) : std::nullopt;
+    return isValidAge(age) ? std::optional(age) : std::nullopt;
 }
 
 /// Brings what is kept beside the health store in line with it.

@@ -139,9 +139,9 @@ std::string view(const RouteFile& file, const Screen& screen) {
     lines.emplace_back(screen.text("Distance"), figures.distance(summary.distance));
     if (const auto& elevation = summary.elevation) {
         lines.emplace_back(screen.text("Climb"),
-                           screen.text("{0} up, {1} down, between {2} and {3}", figures.height(elevation->gain),
-                                       figures.height(elevation->loss), figures.height(elevation->lowest),
-                                       figures.height(elevation->highest)));
+                           screen.text("{0} up, {1} down, between {2} and {3}", figures.altitude(elevation->gain),
+                                       figures.altitude(elevation->loss), figures.altitude(elevation->lowest),
+                                       figures.altitude(elevation->highest)));
     }
     return screen.bold(harmless(file.path)) + "\n\n" + labelled(lines);
 }

@@ -1,7 +1,8 @@
 #include "apps/cli/application.h"
 #include "apps/cli/commands/command.h"
 #include "apps/cli/commands/day_views.h"
-#include "apps/cli/health.h"
+#include "apps/cli/insights.h"
+#include "insights/monthly_recap.h"
 
 namespace pedvar {
 namespace {
@@ -57,6 +58,14 @@ std::string advice(Application& application, HealthKitManager& manager, const Sc
         screen.figures.date(application.settings().calendar().day(*newest)));
 }
 
+/// Offers the look back at a month that has ended; empty when none is due.
+std::string recapOffer(Application& application, MonthlyRecapManager& manager, const Screen& screen) {
+    const auto due = application.loop().run(manager.fetchDueMonth());
+    if (!due) return {};
+    const std::string month = monthName(*due, application.today()).in(application.catalogue());
+    return screen.text("What {} was: pedvar recap", month) + "\n";
+}
+
 std::string view(const Today& today, const Screen& screen) {
     std::string result = screen.figures.longDate(today.day) + "\n\n";
     result += goalView(today.metrics.steps, today.goal, screen) + "\n";
@@ -76,7 +85,10 @@ CommandResult<Report> run(const TodayRequest&, Application& application) {
     const Today today = readToday(application, manager);
     if (application.wantsJson()) return Report{document(today)};
     const Screen screen = application.screen();
-    const std::string hint = advice(application, manager, screen);
+    const auto insights = application.insights();
+    if (!insights) return std::unexpected(insights.error());
+    const std::string hint =
+        advice(application, manager, screen) + recapOffer(application, (*insights)->recap, screen);
     return Report{view(today, screen) + (hint.empty() ? "" : "\n" + hint)};
 }
 
