@@ -67,7 +67,18 @@ DefaultsResult SessionHistory::add(const ActivitySession& session, std::size_t s
     std::ranges::move(routeAdditions(session.id, session.route, storedPoints), std::back_inserter(changes));
     changes.push_back(AddPart{sessionsKey, std::nullopt, *text});
     changes.push_back(arrayFrame(sessionsKey));
-    if (auto written = documents_.write(changes); !written) return written;
+    if (auto written = documents_.write(changes); !written) {
+        // Another process may have added it meanwhile, or an entry that was set aside has left its route behind.
+        const bool hasRoute = storedPoints == 0 && !documents_.list(routeList(session.id)).empty();
+        if (!hasRoute) return written;
+        if (entryOf(session.id)) {
+            load();
+            version = version + 1;
+            return {};
+        }
+        changes.insert(changes.begin(), RemoveList{routeList(session.id)});
+        if (auto again = documents_.write(changes); !again) return again;
+    }
 
     savedSessions_.push_front({session, session.route.size()});
     savedSessions_.front().session.route = {};

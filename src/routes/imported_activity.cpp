@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 
 namespace pedvar {
@@ -69,6 +70,10 @@ struct Gathering {
     Span whole;
     ContentHash hash;
     ElevationCalculator::StreamingTracker climb;
+    bool hasClimb = false;
+
+    /// What lies between two segments was not climbed.
+    void startSegment() { climb.reference.reset(); }
 
     void add(const CLLocation& location, RandomSource& random) {
         const auto point = locationPoint(random.uuid(), location);
@@ -79,8 +84,19 @@ struct Gathering {
         hash.add(point->longitude);
         hash.add(point->timestamp.time_since_epoch().count());
         climb.update(location.altitude, location.verticalAccuracy);
+        hasClimb = hasClimb || climb.reference;
     }
 };
+
+/// Whether both routes begin and end at the same places.
+bool shareEnds(const Route& a, const Route& b) {
+    constexpr double tolerance = 1e-5;  // degrees, some metre; copies have their coordinates rounded
+    const auto isNear = [](const LocationPoint& p, const LocationPoint& q) {
+        return std::abs(p.latitude - q.latitude) <= tolerance && std::abs(p.longitude - q.longitude) <= tolerance;
+    };
+    if (a.isEmpty() || b.isEmpty()) return a.isEmpty() == b.isEmpty();
+    return isNear(a[0], b[0]) && isNear(a[a.size() - 1], b[b.size() - 1]);
+}
 
 }  // namespace
 
@@ -91,6 +107,7 @@ std::optional<ImportedActivity> importedActivity(const GPXDocument& document, Ac
     ActivitySession& session = imported.session;
     for (const GPXSegment& segment : document.segments) {
         Span span;
+        gathering.startSegment();
         for (std::size_t i = 0; i < segment.points.size(); ++i) {
             const CLLocation& location = segment.points[i];
             if (!segment.hasTime[i] || !isUsualTime(location.timestamp)) {
@@ -112,7 +129,7 @@ std::optional<ImportedActivity> importedActivity(const GPXDocument& document, Ac
     session.calories = static_cast<std::int64_t>(session.distance / 1000 * calorieFactor(type));
     session.averagePace = averagePace(session.duration, session.distance);
     session.route = gathering.route;
-    if (gathering.climb.reference) {
+    if (gathering.hasClimb) {
         session.elevationGain = gathering.climb.gain;
         session.elevationLoss = gathering.climb.loss;
     }
@@ -127,8 +144,11 @@ std::optional<UUID> sameActivity(const ActivitySession& session, const SessionHi
     const auto isSame = [&](const SavedSession& saved) {
         const ActivitySession& other = saved.session;
         if (other.id == session.id) return true;
-        return saved.pointCount == session.route.size() && other.startTime - rounding <= session.startTime &&
-               other.endTime && *session.endTime <= *other.endTime + rounding;
+        const bool isWithin = other.startTime - rounding <= session.startTime && other.endTime &&
+                              *session.endTime <= *other.endTime + rounding;
+        if (!isWithin || saved.pointCount != session.route.size()) return false;
+        const auto whole = history.wholeSession(other.id);
+        return whole && shareEnds(whole->route, session.route);
     };
     const auto& sessions = history.savedSessions();
     const auto found = std::ranges::find_if(sessions, isSame);

@@ -14,6 +14,7 @@ constexpr double standingSpeed = 0.5;   // metres per second; slower than anybod
 constexpr double shortestLook = 5;      // seconds; over less, a receiver's wavering looks like walking
 constexpr double shortestBreak = 60;    // seconds; tunnels and bad reception are shorter
 constexpr double unusualInterval = 10;  // times the usual one
+constexpr double impossibleSpeed = 70;  // metres per second; nobody rides that fast
 constexpr double mostSplits = 10'000;
 constexpr double shortestSplit = 1;  // metre; what remains of it is rounding
 
@@ -99,8 +100,10 @@ std::vector<WayMark> marksAlong(std::span<const CLLocation> points) {
         WayMark mark{.point = i, .gain = climb.gain, .loss = climb.loss};
         if (!marks.empty()) {
             const WayMark& before = marks.back();
-            mark.isAfterBreak = secondsBetween(points[before.point], points[i]) > longest;
-            mark.distance = before.distance + (mark.isAfterBreak ? 0 : distance(last, *position));
+            const double seconds = secondsBetween(points[before.point], points[i]);
+            const double way = distance(last, *position);
+            mark.isAfterBreak = seconds > longest || (seconds >= shortestLook && way > impossibleSpeed * seconds);
+            mark.distance = before.distance + (mark.isAfterBreak ? 0 : way);
         }
         marks.push_back(mark);
         last = *position;

@@ -153,6 +153,8 @@ TEST_CASE("one damaged session is set aside and the rest is kept") {
           "[" + text(sampleSession(4)) + "," + text(sampleSession(3)) + "," + text(sampleSession(1)) + "]");
     CHECK(documents.list(setAsideKey) == std::vector<Part>{{0, bytes}});
     CHECK(documents.frame(setAsideKey));
+    REQUIRE(history.add(sampleSession(2)));  // the one that was damaged, whose route is still there
+    CHECK(numbers(history) == Numbers{2, 4, 3, 1});
 }
 
 TEST_CASE("points that cannot be read are missing from a route, and the count still tells") {

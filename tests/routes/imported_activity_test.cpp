@@ -46,6 +46,7 @@ TEST_CASE("an imported activity lasts and reaches as far as its segments, withou
     CHECK(session.calories == 132);
     CHECK((*session.endTime - session.startTime).count() == 251);
     CHECK(session.elevationLoss == 0);
+    CHECK(session.elevationGain < 151);  // without the hundred metres between the segments
     CHECK(session.route.size() == 152);
 }
 
@@ -78,4 +79,7 @@ TEST_CASE("the same track is the same activity, and so is the copy of an own rec
     REQUIRE(history.add(recorded));
     CHECK(sameActivity(session, history) == recorded.id);
     CHECK(!sameActivity(imported(track({21}))->session, history));
+    GPXDocument elsewhere = track({20});
+    for (CLLocation& point : elsewhere.segments[0].points) point.longitude = 9;
+    CHECK(!sameActivity(imported(elsewhere)->session, history));
 }

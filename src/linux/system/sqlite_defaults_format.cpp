@@ -85,7 +85,8 @@ std::optional<DefaultsValue> readDefault(Connection& connection, std::string_vie
 
 std::vector<std::string> readKeysSetAside(Connection& connection) {
     std::vector<std::string> keys;
-    Rows rows = connection.query("select key from defaults where key glob '*.unreadable*' order by key");
+    Rows rows = connection.query(
+        "select key from defaults where key glob '*.unreadable*' or key glob '*.setAside' order by key");
     while (rows.next()) keys.emplace_back(rows.text(0));
     return keys;
 }

@@ -3,6 +3,8 @@
 #include "apps/cli/commands/day_views.h"
 #include "apps/cli/health.h"
 #include "linux/health/health_administration.h"
+#include "linux/system/sqlite_document_parts.h"
+#include "recording/session_history.h"
 
 #include <fmt/ranges.h>
 #include <unistd.h>
@@ -14,6 +16,7 @@ struct Findings {
     std::vector<std::string> problems;
     std::int64_t staleDays = 0;
     std::vector<std::pair<std::string, std::int64_t>> rows;
+    std::vector<std::string> setAside;  // keys of documents that could not be read
 };
 
 void add(Findings& findings, const StoreExamination& examination, const Screen& screen) {
@@ -36,9 +39,11 @@ Findings examine(Application& application) {
     Findings findings;
     for (const DefaultsError& damage : application.defaults().damages())
         findings.problems.push_back(damage.message);
-    for (const std::string& key : application.defaults().standardFile().keysSetAside()) {
+    findings.setAside = application.defaults().standardFile().keysSetAside();
+    SqliteDocumentParts parts(application.defaults());
+    if (const auto count = SessionHistory(parts).unreadableCount(); count > 0) {
         findings.problems.push_back(application.text()(
-            "A stored document could not be read; it is kept under \"{}\" in the settings.", key));
+            "{} of the activities cannot be read. They are left out, and set aside with the next change.", count));
     }
     const std::string folder = application.folder().string();
     if (std::filesystem::exists(folder) && ::access(folder.c_str(), W_OK | X_OK) != 0) {
@@ -69,13 +74,14 @@ CommandResult<void> rebuild(Application& application) {
 JsonObject document(const Findings& findings) {
     JsonArray problems;
     for (const std::string& problem : findings.problems) problems.push_back({problem});
+    JsonArray setAside;
+    for (const std::string& key : findings.setAside) setAside.push_back({key});
     JsonObject rows;
     for (const auto& [table, count] : findings.rows) rows.emplace_back(table, JsonValue{count});
     return {
-        {"isSound", {findings.problems.empty()}},
-        {"problems", {std::move(problems)}},
-        {"staleDays", {findings.staleDays}},
-        {"rows", {std::move(rows)}},
+        {"isSound", {findings.problems.empty()}}, {"problems", {std::move(problems)}},
+        {"staleDays", {findings.staleDays}},      {"rows", {std::move(rows)}},
+        {"setAside", {std::move(setAside)}},
     };
 }
 
@@ -90,6 +96,9 @@ std::string view(const Findings& findings, Application& application) {
     if (findings.staleDays > 0) {
         result += screen.text("The totals of {} wait to be made; until then reading takes longer.\n",
                               screen.figures.days(findings.staleDays));
+    }
+    for (const std::string& key : findings.setAside) {
+        result += screen.text("A document could not be read once; it is kept under \"{}\".\n", harmless(key));
     }
     for (const std::string& problem : findings.problems) result += harmless(problem) + "\n";
     return findings.problems.empty() ? result + screen.text("Everything is sound.") + "\n" : result;
