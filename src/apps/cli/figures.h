@@ -4,7 +4,7 @@
 #include "apps/cli/texts.h"
 #include "core/calendar.h"
 #include "core/preferences.h"
-#include "platform/locale.h"
+#include "platform/number_format.h"
 
 #include <cstdint>
 #include <string>
@@ -16,9 +16,9 @@ public:
     Figures(const Locale& locale, const UserPreferences& preferences, Texts text);
 
     /// "8,432".
-    std::string number(std::int64_t value) const;
+    std::string number(std::int64_t value) const { return numbers_.number(value); }
     /// Rounded to at most `digits` fraction digits; zeros at the end are left out. "–" for what is no number.
-    std::string number(double value, int digits) const;
+    std::string number(double value, int digits) const { return numbers_.number(value, digits); }
 
     /// "8,432 steps".
     std::string steps(std::int64_t count) const;
@@ -48,8 +48,7 @@ private:
     std::string monthName(std::chrono::month month) const;
 
     Texts text_;
-    std::string decimalSeparator_;
-    std::string groupingSeparator_;
+    NumberFormat numbers_;
     DistanceUnit distanceUnit_;
     bool isTwelveHourClock_;
 };
