@@ -26,6 +26,7 @@ public:
     std::vector<std::string> asked;  // the types of all queries so far
     HKAuthorizationRequestStatus status = HKAuthorizationRequestStatus::unnecessary;
     std::optional<HKError> authorizationError;
+    std::optional<HKError> writeError;
     int authorizationRequests = 0;
     Event<> samplesAdded;
     std::map<std::string, DerivedDocument> derived;
@@ -84,7 +85,23 @@ public:
         derived[document.key] = document;
         completion({});
     }
-    void save(std::vector<HKQuantitySample>, HKHandler<void> completion) override { completion({}); }
+    void save(std::vector<HKQuantitySample> saved, HKHandler<void> completion) override {
+        if (writeError) return completion(std::unexpected(*writeError));
+        for (HKQuantitySample& sample : saved) {
+            sample.source = {1, "Pedvar", true};
+            samples.push_back(std::move(sample));
+        }
+        completion({});
+    }
+    void deleteSamples(std::vector<HKQuantitySample> deleted, HKHandler<void> completion) override {
+        if (writeError) return completion(std::unexpected(*writeError));
+        std::erase_if(samples, [&](const HKQuantitySample& sample) {
+            return sample.source.isOwn && std::ranges::any_of(deleted, [&](const HKQuantitySample& other) {
+                       return other.type == sample.type && other.start == sample.start;
+                   });
+        });
+        completion({});
+    }
     void enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency, HKHandler<void> completion) override {
         authorizationError ? completion(std::unexpected(*authorizationError)) : completion({});
     }
