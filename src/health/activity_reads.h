@@ -58,6 +58,11 @@ public:
     Task<std::optional<std::vector<std::int64_t>>> fetchDailySteps(Day first, Day last, Calendar calendar,
                                                                    QueryPriority priority);
 
+    /// The steps of the hours of each day from `first` to `last`; none when they cannot be read.
+    Task<std::optional<std::vector<std::array<std::int64_t, 24>>>> fetchHourlySteps(Day first, Day last,
+                                                                                    Calendar calendar,
+                                                                                    QueryPriority priority);
+
     /// The 24 hours of `day` with steps and distance; no entries when the steps cannot be read.
     Task<std::vector<HourlyStepData>> fetchHourlyData(Day day, Calendar calendar, QueryPriority priority);
     /// The 24 hours of the day that lasts from `from` to `to`, without distance; no entries when they cannot be
@@ -72,6 +77,9 @@ public:
     /// samples or when they cannot be read.
     Task<std::optional<Date>> fetchOldestStepDate(Date before, QueryPriority priority);
     Task<std::optional<Date>> fetchNewestStepDate(Date before, QueryPriority priority);
+
+    /// The same of another type.
+    Task<std::optional<Date>> fetchOldestDate(HKQuantityType type, Date before, QueryPriority priority);
 
     /// The times that samples of `type` from `sources` cover, oldest first, without overlap; none without sources.
     Task<std::vector<Interval>> ownSampleWindows(HKQuantityType type, Interval within,
@@ -88,7 +96,8 @@ private:
     Task<std::optional<std::vector<HourTotals>>> fetchHourTotals(HKQuantityType type, HKUnit unit, Date from,
                                                                  Date to, Calendar calendar,
                                                                  QueryPriority priority);
-    Task<std::optional<Date>> fetchStepDate(Date before, HKSampleSort sort, QueryPriority priority);
+    Task<std::optional<Date>> fetchDate(HKQuantityType type, Date before, HKSampleSort sort,
+                                        QueryPriority priority);
 
     GatedReads& reads_;
 };
