@@ -41,6 +41,10 @@ ActivityQuantity flightsClimbed() {
     return {HKQuantityTypeIdentifierFlightsClimbed, HKUnit::count()};
 }
 
+ActivityQuantity waterDrunk() {
+    return {HKQuantityTypeIdentifierDietaryWater, HKUnit::milliliter()};
+}
+
 /// 0 without samples, and for an amount of another dimension: sources are not held to the unit of a type.
 double amount(const std::optional<HKQuantity>& quantity, HKUnit unit) {
     return quantity && quantity->dimension() == unit.dimension ? quantity->doubleValue(unit) : 0;
@@ -161,6 +165,22 @@ Task<std::int64_t> ActivityReads::fetchActiveMinutes(Date from, Date to, QueryPr
 
 Task<std::int64_t> ActivityReads::fetchFlightsClimbed(Date from, Date to, QueryPriority priority) {
     return fetchCount(flightsClimbed(), from, to, priority);
+}
+
+Task<double> ActivityReads::fetchWater(Date from, Date to, QueryPriority priority) {
+    return fetchSum(waterDrunk(), from, to, priority);
+}
+
+Task<std::optional<DayTotals>> ActivityReads::fetchDailyWater(Day first, Day last, Calendar calendar,
+                                                              QueryPriority priority) {
+    return fetchDayTotals(waterDrunk(), first, last, calendar, priority);
+}
+
+Task<std::optional<double>> ActivityReads::fetchBodyMass(Date before, QueryPriority priority) {
+    const HKQuantityType type{HKQuantityTypeIdentifierBodyMass};
+    const auto sample = co_await fetchSample(type, before, HKSampleSort::startDateDescending, priority);
+    if (!sample) co_return std::nullopt;
+    co_return amount(sample->quantity, HKUnit::kilogram());
 }
 
 Task<SelectedDayMetrics> ActivityReads::fetchDayMetrics(Day day, Calendar calendar, QueryPriority priority) {
@@ -302,12 +322,12 @@ Task<std::vector<DailyTimeWindowSteps>> ActivityReads::fetchTimeWindowSteps(Day 
     co_return entries;
 }
 
-Task<std::optional<Date>> ActivityReads::fetchDate(HKQuantityType type, Date before, HKSampleSort sort,
-                                                   QueryPriority priority) {
+Task<std::optional<HKQuantitySample>> ActivityReads::fetchSample(HKQuantityType type, Date before,
+                                                                 HKSampleSort sort, QueryPriority priority) {
     const HKPredicate predicate{oldestSensibleDate, before, HKQueryOptions::strictStartDate};
     const auto samples = co_await reads_.fetchSamples(type, predicate, 1, sort, priority);
     if (!samples || samples->empty()) co_return std::nullopt;
-    co_return samples->front().start;
+    co_return samples->front();
 }
 
 Task<std::optional<Date>> ActivityReads::fetchOldestStepDate(Date before, QueryPriority priority) {
@@ -315,12 +335,15 @@ Task<std::optional<Date>> ActivityReads::fetchOldestStepDate(Date before, QueryP
 }
 
 Task<std::optional<Date>> ActivityReads::fetchNewestStepDate(Date before, QueryPriority priority) {
-    return fetchDate({HKQuantityTypeIdentifierStepCount}, before, HKSampleSort::startDateDescending, priority);
+    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
+    const auto sample = co_await fetchSample(type, before, HKSampleSort::startDateDescending, priority);
+    co_return sample ? std::optional(sample->start) : std::nullopt;
 }
 
 Task<std::optional<Date>> ActivityReads::fetchOldestDate(HKQuantityType type, Date before,
                                                          QueryPriority priority) {
-    return fetchDate(std::move(type), before, HKSampleSort::startDateAscending, priority);
+    const auto sample = co_await fetchSample(type, before, HKSampleSort::startDateAscending, priority);
+    co_return sample ? std::optional(sample->start) : std::nullopt;
 }
 
 Task<std::vector<Interval>> ActivityReads::ownSampleWindows(HKQuantityType type, Interval within,

@@ -46,6 +46,12 @@ public:
     Task<std::int64_t> fetchActiveMinutes(Date from, Date to, QueryPriority priority);
     Task<std::int64_t> fetchFlightsClimbed(Date from, Date to, QueryPriority priority);
 
+    /// Millilitres of water drunk.
+    Task<double> fetchWater(Date from, Date to, QueryPriority priority);
+    Task<std::optional<DayTotals>> fetchDailyWater(Day first, Day last, Calendar calendar, QueryPriority priority);
+    /// Kilograms, as weighed last before `before`; none without a weight or when it cannot be read.
+    Task<std::optional<double>> fetchBodyMass(Date before, QueryPriority priority);
+
     Task<SelectedDayMetrics> fetchDayMetrics(Day day, Calendar calendar, QueryPriority priority);
 
     /// The totals of `metric` on the days from `first` to `last`, counts whole; none when they cannot be read.
@@ -96,8 +102,9 @@ private:
     Task<std::optional<std::vector<HourTotals>>> fetchHourTotals(HKQuantityType type, HKUnit unit, Date from,
                                                                  Date to, Calendar calendar,
                                                                  QueryPriority priority);
-    Task<std::optional<Date>> fetchDate(HKQuantityType type, Date before, HKSampleSort sort,
-                                        QueryPriority priority);
+    /// The first sample in the order of `sort`.
+    Task<std::optional<HKQuantitySample>> fetchSample(HKQuantityType type, Date before, HKSampleSort sort,
+                                                      QueryPriority priority);
 
     GatedReads& reads_;
 };
