@@ -3,6 +3,7 @@
 #include "core/check.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -48,6 +49,8 @@ std::vector<DefaultsChange> HydrationDocuments::replacing(const std::string& key
 }
 
 DefaultsResult HydrationDocuments::changeSettings(const std::function<bool(HydrationSettings&)>& edit) {
+    HydrationSettings tried = storedSettings().value_or(defaultHydrationSettings());
+    if (!edit(tried)) return {};
     return defaults_.update([&] {
         const auto stored = storedSettings();
         HydrationSettings edited = stored.value_or(defaultHydrationSettings());
@@ -111,10 +114,13 @@ DefaultsResult HydrationDocuments::remove(const Drink& drink) {
 }
 
 std::expected<std::optional<Drink>, DefaultsError> HydrationDocuments::takeLast(Date now) {
+    const std::array months{monthOf(now), monthOf(now) - std::chrono::months(1)};
+    const auto isEmpty = [&](Month month) { return storedDrinks(month).value_or(std::vector<Drink>()).empty(); };
+    if (std::ranges::all_of(months, isEmpty)) return std::nullopt;
     std::optional<Drink> taken;
     const auto changed = defaults_.update([&] {
         taken.reset();
-        for (const Month month : {monthOf(now), monthOf(now) - std::chrono::months(1)}) {
+        for (const Month month : months) {
             auto drinks = storedDrinks(month);
             if (!drinks || drinks->empty()) continue;
             const auto last = std::ranges::max_element(*drinks, {}, &Drink::date);

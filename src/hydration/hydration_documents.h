@@ -39,7 +39,8 @@ public:
 
     /// With the volume unit in effect.
     HydrationSettings settings() const;
-    /// Saves what `edit` makes of them, unless it yields false; they are to be sound.
+    /// Saves what `edit` makes of them, unless it yields false; they are to be sound. It may be called
+    /// twice.
     DefaultsResult changeSettings(const std::function<bool(HydrationSettings&)>& edit);
 
     /// Oldest first.

@@ -37,8 +37,9 @@ HydrationManager::HydrationManager(MainExecutor& executor, const Clock& clock, H
       documents_(defaults, settings) {}
 
 Task<DefaultsResult> HydrationManager::changeSettings(std::function<bool(HydrationSettings&)> edit) {
-    auto changed = documents_.changeSettings(edit);
-    if (changed) co_await refresh();
+    bool isEdited = false;
+    auto changed = documents_.changeSettings([&](HydrationSettings& edited) { return isEdited = edit(edited); });
+    if (changed && isEdited) co_await refresh();
     co_return changed;
 }
 

@@ -46,6 +46,9 @@ TEST_CASE_FIXTURE(Golden, "each command that looks shows the sample store as it 
     check("week", with(look, {"week"}));
     check("month", with(look, {"month", "2024-04"}));
     check("streaks", with(look, {"streaks"}));
+    check("awards", with(look, {"awards", "--category", "steps"}));
+    check("water", with(look, {"water"}));
+    check("containers", with(look, {"containers"}));
     check("goal", with(look, {"goal"}));
     check("settings", with(look, {"settings"}));
     check("setting", with(look, {"settings", "theme"}));

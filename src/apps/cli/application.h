@@ -1,6 +1,8 @@
 /// The program's objects: adapters first, then managers.
 #pragma once
 
+#include "achievements/achievement_catalogue.h"
+#include "achievements/achievements_store.h"
 #include "apps/cli/command_line.h"
 #include "apps/cli/error.h"
 #include "apps/cli/linux_settings.h"
@@ -20,11 +22,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace pedvar {
 
 class Companion;
 class Health;
+class Water;
 
 /// Whether a command only looks. Then nothing is written, not even the folder of the data.
 enum class Access { readOnly, readWrite };
@@ -39,6 +43,7 @@ public:
     bool wantsJson() const { return options_.format == OutputFormat::json; }
     const std::filesystem::path& folder() const { return folder_; }
     const Texts& text() const { return text_; }
+    const TextCatalogue& catalogue() const { return catalogue_; }
     const Clock& clock() const { return *clock_; }
     EventLoop& loop() { return loop_; }
     SqliteDefaults& defaults() { return defaults_; }
@@ -64,8 +69,17 @@ public:
     /// The managers that carry changes on to widgets and watch, for commands that write.
     CommandResult<Companion*> companion();
 
-    /// What follows each change: today's totals and the suite that widgets read are made anew, and what was
-    /// derived from days that have changed since is forgotten.
+    /// The badges as they are stored.
+    CommandResult<AchievementsStore*> achievements();
+    AchievementTexts achievementTexts() const { return {catalogue_, locale_}; }
+    /// Those that refreshes found new.
+    const std::vector<Achievement>& newBadges() const { return newBadges_; }
+
+    /// The manager of drinks with what it needs.
+    CommandResult<Water*> water();
+
+    /// What follows each change: today's totals, badges and the suite that widgets read are made anew, and what
+    /// was derived from days that have changed since is forgotten.
     CommandResult<void> refresh();
 
 private:
@@ -90,6 +104,10 @@ private:
     SettingsStore settings_;
     std::unique_ptr<Health> health_;
     std::unique_ptr<Companion> companion_;
+    std::unique_ptr<AchievementsStore> achievements_;
+    std::unique_ptr<Water> water_;
+    std::vector<Achievement> newBadges_;
+    Subscription badgeNews_;
 };
 
 }  // namespace pedvar

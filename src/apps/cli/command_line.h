@@ -35,6 +35,26 @@ struct MonthRequest {
     std::optional<std::string> month;
 };
 struct StreaksRequest {};
+struct AwardsRequest {
+    std::optional<std::string> category;
+};
+struct WaterRequest {
+    std::optional<std::string> amount;
+    std::optional<std::string> unit;
+    std::optional<std::string> drink;
+    std::optional<std::string> container;
+    bool undo = false;
+    bool history = false;
+};
+struct ContainersRequest {
+    std::optional<std::string> name;
+    std::optional<std::string> amount;
+    std::optional<std::string> unit;
+    std::optional<std::string> drink;
+    std::optional<std::string> newName;
+    bool isDefault = false;
+    bool isRemoval = false;
+};
 struct GoalRequest {
     std::optional<std::string> goal;
 };
@@ -50,8 +70,9 @@ struct DoctorRequest {
     Repair repair = Repair::none;
 };
 
-using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
-                             GoalRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
+using Request =
+    std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, AwardsRequest,
+                 WaterRequest, ContainersRequest, GoalRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {
@@ -70,6 +91,11 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
 
 /// The format in which to answer, also when the command line is wrong elsewhere.
 OutputFormat formatOf(std::span<const char* const> arguments);
+
+/// Whether something was drunk.
+inline bool isDrink(const WaterRequest& request) {
+    return request.amount || request.drink || request.container;
+}
 
 /// Whether the command changes what is stored.
 bool isWriting(const Request& request);

@@ -48,6 +48,11 @@ std::string Figures::minutes(std::int64_t count) const {
     return text_("{} min", number(count));
 }
 
+std::string Figures::volume(double milliliters, VolumeUnit unit) const {
+    if (unit == VolumeUnit::milliliters) return text_("{} ml", number(milliliters, 0));
+    return text_("{} fl oz", number(unitNamed("fl_oz_us")->fromKept(milliliters), 1));
+}
+
 std::string Figures::bytes(double count) const {
     constexpr double megabyte = 1e6;
     if (count < megabyte) return text_("{} kB", number(count / 1e3, 0));
@@ -82,6 +87,15 @@ std::string Figures::hour(int hour) const {
     if (!isTwelveHourClock_) return std::to_string(hour);
     const int shown = hour % 12 == 0 ? 12 : hour % 12;
     return hour < 12 ? text_("{} AM", shown) : text_("{} PM", shown);
+}
+
+std::string Figures::time(LocalTime time) const {
+    const auto minutes =
+        std::chrono::floor<std::chrono::minutes>(time - std::chrono::floor<std::chrono::days>(time));
+    const int hour = static_cast<int>(minutes.count() / 60), minute = static_cast<int>(minutes.count() % 60);
+    if (!isTwelveHourClock_) return text_("{0:02}:{1:02}", hour, minute);
+    const int shown = hour % 12 == 0 ? 12 : hour % 12;
+    return hour < 12 ? text_("{0}:{1:02} AM", shown, minute) : text_("{0}:{1:02} PM", shown, minute);
 }
 
 std::string Figures::monthName(std::chrono::month month) const {

@@ -30,6 +30,8 @@ public:
     std::string energy(double kilocalories) const;
     /// "48 min".
     std::string minutes(std::int64_t count) const;
+    /// "250 ml", "8.5 fl oz".
+    std::string volume(double milliliters, VolumeUnit unit) const;
     /// "12.5 MB".
     std::string bytes(double count) const;
 
@@ -43,6 +45,8 @@ public:
     std::string month(std::chrono::year_month month) const;
     /// A full hour below a chart: "6", or "6 AM" where the person's clock has twelve hours.
     std::string hour(int hour) const;
+    /// "18:05", or "6:05 PM".
+    std::string time(LocalTime time) const;
 
 private:
     std::string monthName(std::chrono::month month) const;

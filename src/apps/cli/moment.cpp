@@ -1,6 +1,10 @@
 #include "apps/cli/moment.h"
 
+#include <fmt/format.h>
+
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 
 namespace pedvar {
 namespace {
@@ -86,6 +90,16 @@ std::optional<Date> parseMoment(std::string_view text, const ZoneRules& zone) {
     const auto east = offset(scanner);
     if (!east || !scanner.rest.empty()) return std::nullopt;
     return dateFromUnix((shown.time_since_epoch() - *east).count());
+}
+
+std::string isoMoment(Date moment, const Calendar& calendar) {
+    using namespace std::chrono;
+    const LocalTime local = calendar.localTime(moment);
+    const auto east = round<minutes>(local.time_since_epoch() - Seconds(unixSeconds(moment))).count();
+    const auto ofDay = floor<seconds>(local - floor<days>(local)).count();
+    return fmt::format("{}T{:02}:{:02}:{:02}{}{:02}:{:02}", isoText(floor<days>(local)), ofDay / 3600,
+                       ofDay / 60 % 60, ofDay % 60, east < 0 ? '-' : '+', std::abs(east) / 60,
+                       std::abs(east) % 60);
 }
 
 }  // namespace pedvar

@@ -4,6 +4,7 @@
 #include "core/calendar.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace pedvar {
@@ -13,5 +14,8 @@ namespace pedvar {
 /// day can be looked at. None when the text is something else or no such moment exists; seconds may have a
 /// fraction.
 std::optional<Date> parseMoment(std::string_view text, const ZoneRules& zone);
+
+/// "2024-05-01T06:30:00+02:00", without the fraction of its second.
+std::string isoMoment(Date moment, const Calendar& calendar);
 
 }  // namespace pedvar

@@ -49,6 +49,14 @@ CommandResult<void> follow(const ImportReport& report, Application& application)
     return application.refresh();
 }
 
+std::string newBadgeLines(const Application& application) {
+    std::string lines;
+    for (const Achievement& badge : application.newBadges()) {
+        lines += application.text()("New badge: {}", application.achievementTexts().title(badge.key)) + "\n";
+    }
+    return lines.empty() ? lines : "\n" + lines;
+}
+
 /// Why the import ends with failure, the gravest first.
 std::optional<CommandError> problemOf(const ImportReport& report, const Texts& text) {
     if (report.failure) return errorOf(*report.failure);
@@ -75,7 +83,7 @@ CommandResult<Report> run(const ImportRequest& request, Application& application
         if (!followed && !problem) problem = followed.error();
     }
     if (application.wantsJson()) return Report{importDocument(report), std::move(problem)};
-    return Report{importView(report, application.screen()), std::move(problem)};
+    return Report{importView(report, application.screen()) + newBadgeLines(application), std::move(problem)};
 }
 
 }  // namespace pedvar
