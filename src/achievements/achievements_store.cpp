@@ -58,8 +58,8 @@ AchievementsStore::AchievementsStore(MainExecutor& executor, const Clock& clock,
       settings_(settings),
       defaults_(defaults),
       log_(log) {
-    const auto snapshot = stored();
-    achievements = snapshot ? joined(catalogue(), *snapshot, snapshot->zone) : catalogue();
+    snapshot_ = stored().value_or(AchievementsSnapshot{});
+    achievements = joined(catalogue(), snapshot_, snapshot_.zone);
 }
 
 std::optional<AchievementsSnapshot> AchievementsStore::stored() const {
@@ -75,7 +75,7 @@ Task<> AchievementsStore::evaluate() {
     if (!steps_ || !distances_) co_return;
     judged_ = judged(steps_->all, distances_->all, today);
 
-    auto snapshot = stored().value_or(AchievementsSnapshot{});
+    auto snapshot = snapshot_;
     for (Achievement& achievement : snapshot.achievements) {  // of another moment than the present
         if (achievement.unlockedDate > clock_.now()) achievement.isUnlocked = false;
     }
@@ -103,6 +103,7 @@ Task<DefaultsResult> AchievementsStore::remember() {
         if (!before) {
             if (auto kept = setAside(store, snapshotKey)) changes.push_back(std::move(*kept));
         }
+        snapshot_ = after;
         news.clear();
         for (Achievement& achievement : after.achievements) {
             const auto isThis = [&](const Achievement& other) {

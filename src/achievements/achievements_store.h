@@ -69,6 +69,7 @@ private:
     const SettingsStore& settings_;
     DefaultsDomains& defaults_;
     PlatformLog& log_;
+    AchievementsSnapshot snapshot_;                   // as it was stored when it was last looked at
     std::optional<std::vector<Achievement>> judged_;  // by the last evaluation, without what is stored
     std::optional<Evaluated<StepTally>> steps_;
     std::optional<Evaluated<BadgeMarks>> distances_;
