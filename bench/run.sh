@@ -21,15 +21,16 @@ if wanted import; then
     rm -rf "$work/import"
 fi
 wanted health_store && "$build/bench/health_store_bench"
-if wanted process; then
+if wanted process || wanted achievements; then
     note 'filling data folders of half a year and of ten ...'
     for span in short:184 long:3652; do
         "$build/tools/sample_export" --days "${span#*:}" --end "$(date +%F)" --out "$work/${span%:*}-export"
         "$build/pedvar" --data "$work/${span%:*}" import "$work/${span%:*}-export/health_export" >/dev/null
         rm -rf "$work/${span%:*}-export"
     done
-    "$build/bench/process_bench" "$build/pedvar" "$work"
-    "$build/bench/insights_bench" "$work/long"
+    ! wanted process || "$build/bench/process_bench" "$build/pedvar" "$work"
+    ! wanted process || "$build/bench/insights_bench" "$work/long"
+    ! wanted achievements || "$build/bench/achievements_bench" "$work/long"
 fi
 wanted gpx && "$build/bench/gpx_bench"
 wanted recorder && "$build/bench/recorder_bench"

@@ -1,7 +1,7 @@
 # bash completion for pedvar
 _pedvar() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="import today day week month streaks pace rank compare calendar recap activities activity route export goal weight height profile settings sources doctor"
+    local commands="import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor"
     local command="" key="" i
     COMPREPLY=()
     case $previous in
@@ -10,10 +10,15 @@ _pedvar() {
     --date) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current"); return ;;
     --as | --type) mapfile -t COMPREPLY < <(compgen -W "walk run hike cycle" -- "$current"); return ;;
     -o | --output) compopt -o default; return ;;
+    --category) mapfile -t COMPREPLY < <(compgen -W "steps distance streaks special" -- "$current"); return ;;
+    --drink)
+        mapfile -t COMPREPLY < <(compgen -W "water sparklingWater tea coffee juice milk softDrink sportsDrink" -- "$current")
+        return
+        ;;
     esac
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --data | --now | --as | --type | -o | --output | --hide-home | --steps | --age | --date) ((i++)) ;;
+        --data | --now | --as | --type | -o | --output | --hide-home | --steps | --age | --date | --category | --drink) ((i++)) ;;
         -*) ;;
         *) if [[ -z $command ]]; then command=${COMP_WORDS[i]}; elif [[ -z $key ]]; then key=${COMP_WORDS[i]}; fi ;;
         esac
@@ -28,6 +33,9 @@ _pedvar() {
         export) options+=" --output --force --hide-home" ;;
         rank) options+=" --steps --age" ;;
         compare) options+=" --date" ;;
+        awards) options+=" --category" ;;
+        water) options+=" --drink --container --undo --history" ;;
+        containers) options+=" --drink --rename --default --remove" ;;
         sources) options+=" --order" ;;
         doctor) options+=" --rebuild" ;;
         esac

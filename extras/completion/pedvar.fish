@@ -1,5 +1,5 @@
 # fish completion for pedvar
-set -l commands import today day week month streaks pace rank compare calendar recap activities activity route export goal weight height profile settings sources doctor
+set -l commands import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor
 
 complete -c pedvar -f
 complete -c pedvar -l data -r -a '(__fish_complete_directories)' -d 'Folder of the data'
@@ -26,6 +26,9 @@ __pedvar_command activities 'All activities, the newest first'
 __pedvar_command activity 'One activity with its route'
 __pedvar_command route 'What GPX files hold'
 __pedvar_command export 'Write the route of an activity as GPX'
+__pedvar_command awards 'Badges, and how far the next ones are'
+__pedvar_command water 'Show or add what you drank today'
+__pedvar_command containers 'Show or change what you drink from'
 __pedvar_command goal 'Show or set the daily goal'
 __pedvar_command weight 'Show your weight over time, or note it'
 __pedvar_command height 'Show your height, or note it'
@@ -56,3 +59,11 @@ complete -c pedvar -n '__fish_seen_subcommand_from compare calendar' -a 'steps d
 complete -c pedvar -n '__fish_seen_subcommand_from weight' -a 'kg lb'
 complete -c pedvar -n '__fish_seen_subcommand_from height' -a 'cm in'
 complete -c pedvar -n '__fish_seen_subcommand_from profile' -a 'age gender targetWeight dailyStepGoal'
+complete -c pedvar -n '__fish_seen_subcommand_from awards' -l category -x -a 'steps distance streaks special' -d 'Only these'
+complete -c pedvar -n '__fish_seen_subcommand_from water containers' -l drink -x -a 'water sparklingWater tea coffee juice milk softDrink sportsDrink' -d 'What it is'
+complete -c pedvar -n '__fish_seen_subcommand_from water' -l container -x -d 'Drunk from it'
+complete -c pedvar -n '__fish_seen_subcommand_from water' -l undo -d 'Take the last drink back'
+complete -c pedvar -n '__fish_seen_subcommand_from water' -l history -d 'The last 30 days'
+complete -c pedvar -n '__fish_seen_subcommand_from containers' -l rename -x -d 'Its new name'
+complete -c pedvar -n '__fish_seen_subcommand_from containers' -l default -d 'Drink from it when none is named'
+complete -c pedvar -n '__fish_seen_subcommand_from containers' -l remove -d 'Remove it'

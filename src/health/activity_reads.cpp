@@ -5,6 +5,7 @@
 #include <numeric>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace pedvar {
 
@@ -38,6 +39,10 @@ ActivityQuantity exerciseTime() {
 }
 ActivityQuantity flightsClimbed() {
     return {HKQuantityTypeIdentifierFlightsClimbed, HKUnit::count()};
+}
+
+ActivityQuantity waterDrunk() {
+    return {HKQuantityTypeIdentifierDietaryWater, HKUnit::milliliter()};
 }
 
 /// 0 without samples, and for an amount of another dimension: sources are not held to the unit of a type.
@@ -162,6 +167,22 @@ Task<std::int64_t> ActivityReads::fetchFlightsClimbed(Date from, Date to, QueryP
     return fetchCount(flightsClimbed(), from, to, priority);
 }
 
+Task<double> ActivityReads::fetchWater(Date from, Date to, QueryPriority priority) {
+    return fetchSum(waterDrunk(), from, to, priority);
+}
+
+Task<std::optional<DayTotals>> ActivityReads::fetchDailyWater(Day first, Day last, Calendar calendar,
+                                                              QueryPriority priority) {
+    return fetchDayTotals(waterDrunk(), first, last, calendar, priority);
+}
+
+Task<std::optional<double>> ActivityReads::fetchBodyMass(Date before, QueryPriority priority) {
+    const HKQuantityType type{HKQuantityTypeIdentifierBodyMass};
+    const auto sample = co_await fetchSample(type, before, HKSampleSort::startDateDescending, priority);
+    if (!sample) co_return std::nullopt;
+    co_return amount(sample->quantity, HKUnit::kilogram());
+}
+
 Task<SelectedDayMetrics> ActivityReads::fetchDayMetrics(Day day, Calendar calendar, QueryPriority priority) {
     const Date start = calendar.start(day);
     const Date end = calendar.start(day + std::chrono::days(1));
@@ -251,6 +272,18 @@ Task<std::optional<std::vector<HourTotals>>> ActivityReads::fetchHourTotals(HKQu
     co_return totals;
 }
 
+Task<std::optional<std::vector<std::array<std::int64_t, 24>>>> ActivityReads::fetchHourlySteps(
+    Day first, Day last, Calendar calendar, QueryPriority priority) {
+    const Date from = calendar.start(first);
+    const Date to = calendar.start(last + std::chrono::days(1));
+    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
+    const auto days = co_await fetchHourTotals(type, HKUnit::count(), from, to, calendar, priority);
+    if (!days) co_return std::nullopt;
+    std::vector<std::array<std::int64_t, 24>> hours;
+    for (const HourTotals& day : *days) hours.push_back(wholeHours(day));
+    co_return hours;
+}
+
 Task<std::vector<HourlyStepData>> ActivityReads::hourlyStepsViaCollectionQuery(HKQuantityType stepType, Date from,
                                                                                Date to, Calendar calendar,
                                                                                QueryPriority priority) {
@@ -276,14 +309,11 @@ Task<std::vector<HourlyStepData>> ActivityReads::fetchHourlyData(Day day, Calend
 
 Task<std::vector<DailyTimeWindowSteps>> ActivityReads::fetchTimeWindowSteps(Day first, Day last, Calendar calendar,
                                                                             QueryPriority priority) {
-    const Date from = calendar.start(first);
-    const Date to = calendar.start(last + std::chrono::days(1));
-    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
-    const auto days = co_await fetchHourTotals(type, HKUnit::count(), from, to, calendar, priority);
+    const auto days = co_await fetchHourlySteps(first, last, calendar, priority);
     std::vector<DailyTimeWindowSteps> entries;
     for (std::size_t i = 0; days && i < days->size(); ++i) {
         const Day day = first + std::chrono::days(i);
-        const auto hours = wholeHours((*days)[i]);
+        const auto& hours = (*days)[i];
         const auto stepsOf = [&hours](std::ptrdiff_t begin, std::ptrdiff_t end) {
             return std::accumulate(hours.begin() + begin, hours.begin() + end, std::int64_t{0});
         };
@@ -292,20 +322,28 @@ Task<std::vector<DailyTimeWindowSteps>> ActivityReads::fetchTimeWindowSteps(Day 
     co_return entries;
 }
 
-Task<std::optional<Date>> ActivityReads::fetchStepDate(Date before, HKSampleSort sort, QueryPriority priority) {
-    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
+Task<std::optional<HKQuantitySample>> ActivityReads::fetchSample(HKQuantityType type, Date before,
+                                                                 HKSampleSort sort, QueryPriority priority) {
     const HKPredicate predicate{oldestSensibleDate, before, HKQueryOptions::strictStartDate};
     const auto samples = co_await reads_.fetchSamples(type, predicate, 1, sort, priority);
     if (!samples || samples->empty()) co_return std::nullopt;
-    co_return samples->front().start;
+    co_return samples->front();
 }
 
 Task<std::optional<Date>> ActivityReads::fetchOldestStepDate(Date before, QueryPriority priority) {
-    return fetchStepDate(before, HKSampleSort::startDateAscending, priority);
+    return fetchOldestDate({HKQuantityTypeIdentifierStepCount}, before, priority);
 }
 
 Task<std::optional<Date>> ActivityReads::fetchNewestStepDate(Date before, QueryPriority priority) {
-    return fetchStepDate(before, HKSampleSort::startDateDescending, priority);
+    const HKQuantityType type{HKQuantityTypeIdentifierStepCount};
+    const auto sample = co_await fetchSample(type, before, HKSampleSort::startDateDescending, priority);
+    co_return sample ? std::optional(sample->start) : std::nullopt;
+}
+
+Task<std::optional<Date>> ActivityReads::fetchOldestDate(HKQuantityType type, Date before,
+                                                         QueryPriority priority) {
+    const auto sample = co_await fetchSample(type, before, HKSampleSort::startDateAscending, priority);
+    co_return sample ? std::optional(sample->start) : std::nullopt;
 }
 
 Task<std::vector<Interval>> ActivityReads::ownSampleWindows(HKQuantityType type, Interval within,

@@ -46,6 +46,12 @@ public:
     Task<std::int64_t> fetchActiveMinutes(Date from, Date to, QueryPriority priority);
     Task<std::int64_t> fetchFlightsClimbed(Date from, Date to, QueryPriority priority);
 
+    /// Millilitres of water drunk.
+    Task<double> fetchWater(Date from, Date to, QueryPriority priority);
+    Task<std::optional<DayTotals>> fetchDailyWater(Day first, Day last, Calendar calendar, QueryPriority priority);
+    /// Kilograms, as weighed last before `before`; none without a weight or when it cannot be read.
+    Task<std::optional<double>> fetchBodyMass(Date before, QueryPriority priority);
+
     Task<SelectedDayMetrics> fetchDayMetrics(Day day, Calendar calendar, QueryPriority priority);
 
     /// The totals of `metric` on the days from `first` to `last`, counts whole; none when they cannot be read.
@@ -57,6 +63,11 @@ public:
     /// The steps of each day from `first` to `last`; none when they cannot be read.
     Task<std::optional<std::vector<std::int64_t>>> fetchDailySteps(Day first, Day last, Calendar calendar,
                                                                    QueryPriority priority);
+
+    /// The steps of the hours of each day from `first` to `last`; none when they cannot be read.
+    Task<std::optional<std::vector<std::array<std::int64_t, 24>>>> fetchHourlySteps(Day first, Day last,
+                                                                                    Calendar calendar,
+                                                                                    QueryPriority priority);
 
     /// The 24 hours of `day` with steps and distance; no entries when the steps cannot be read.
     Task<std::vector<HourlyStepData>> fetchHourlyData(Day day, Calendar calendar, QueryPriority priority);
@@ -73,6 +84,9 @@ public:
     Task<std::optional<Date>> fetchOldestStepDate(Date before, QueryPriority priority);
     Task<std::optional<Date>> fetchNewestStepDate(Date before, QueryPriority priority);
 
+    /// The same of another type.
+    Task<std::optional<Date>> fetchOldestDate(HKQuantityType type, Date before, QueryPriority priority);
+
     /// The times that samples of `type` from `sources` cover, oldest first, without overlap; none without sources.
     Task<std::vector<Interval>> ownSampleWindows(HKQuantityType type, Interval within,
                                                  std::vector<HKSource> sources, QueryPriority priority);
@@ -88,7 +102,9 @@ private:
     Task<std::optional<std::vector<HourTotals>>> fetchHourTotals(HKQuantityType type, HKUnit unit, Date from,
                                                                  Date to, Calendar calendar,
                                                                  QueryPriority priority);
-    Task<std::optional<Date>> fetchStepDate(Date before, HKSampleSort sort, QueryPriority priority);
+    /// The first sample in the order of `sort`.
+    Task<std::optional<HKQuantitySample>> fetchSample(HKQuantityType type, Date before, HKSampleSort sort,
+                                                      QueryPriority priority);
 
     GatedReads& reads_;
 };

@@ -5,7 +5,7 @@
 #include "core/calendar.h"
 #include "health/activity_reads.h"
 #include "insights/metric_history.h"
-#include "insights/phrase.h"
+#include "platform/phrase.h"
 
 #include <cstdint>
 #include <functional>

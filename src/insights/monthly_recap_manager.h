@@ -4,9 +4,9 @@
 #include "core/async.h"
 #include "core/published.h"
 #include "health/settings_store.h"
-#include "insights/phrase.h"
 #include "platform/clock.h"
 #include "platform/health_store.h"
+#include "platform/phrase.h"
 #include "platform/platform_log.h"
 #include "platform/user_defaults.h"
 

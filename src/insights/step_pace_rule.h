@@ -1,8 +1,8 @@
 /// Whether today goes like a usual day.
 #pragma once
 
-#include "insights/phrase.h"
 #include "insights/step_pace_baseline.h"
+#include "platform/phrase.h"
 
 #include <cstdint>
 #include <optional>

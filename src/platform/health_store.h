@@ -205,6 +205,8 @@ public:
 
     /// Stores all samples or none, as written by Pedvar.
     virtual void save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) = 0;
+    /// Deletes those of the samples that Pedvar wrote, all or none; one that is not there is passed over.
+    virtual void deleteSamples(std::vector<HKQuantitySample> samples, HKHandler<void> completion) = 0;
 
     virtual void enableBackgroundDelivery(const HKQuantityType& type, HKUpdateFrequency frequency,
                                           HKHandler<void> completion) = 0;

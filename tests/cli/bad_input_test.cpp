@@ -75,6 +75,21 @@ TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right,
     for (const char* goal : {"0", "-5", "1000001", "8k", "1e4", "99999999999999999999"}) {
         refused({"goal", goal}, 2, "usage", "from 1 to 1,000,000");
     }
+    for (const char* amount : {"0", "5001", "0.5", "nan", "", "ml", "170floz"}) {
+        refused({"water", amount}, 2, "usage", "no amount to drink");
+    }
+    refused({"water", "-250"}, 2, "usage", "-250");
+    refused({"water", "2", "cups"}, 2, "usage", "valid: ml, floz");
+    refused({"water", "--drink", "beer"}, 2, "usage", "water, sparklingWater, tea");
+    refused({"water", "--container", "vase"}, 2, "usage", "no container \"vase\"");
+    refused({"water", "250", "--undo"}, 2, "usage", "one at a time");
+    refused({"water", "--undo"}, 1, "failed", "no drink to take back");
+    refused({"containers", "vase", "--default"}, 2, "usage", "no container \"vase\"");
+    refused({"containers", "Glass", "0"}, 2, "usage", "no amount to drink");
+    refused({"containers", "Glass", "--rename", "cup"}, 2, "usage", "a container \"cup\" already");
+    refused({"containers", "Glass"}, 2, "usage", "--remove");
+    refused({"settings", "waterGoalMilliliters", "0"}, 2, "usage", "from 500 to 10000");
+    refused({"awards", "--category", "colors"}, 2, "usage", "steps, distance, streaks, special");
     refused({"day", "2024-02-30"}, 2, "usage", "2024-05-01");
     refused({"week", "tomorrow"}, 2, "usage", "2024-05-01");
     refused({"month", "2024-13"}, 2, "usage", "2024-05");

@@ -52,6 +52,9 @@ TEST_CASE_FIXTURE(Golden, "each command that looks shows the sample store as it 
     check("recap", with(look, {"recap"}));
     check("profile", with(look, {"profile"}));
     check("streaks", with(look, {"streaks"}));
+    check("awards", with(look, {"awards", "--category", "steps"}));
+    check("water", with(look, {"water"}));
+    check("containers", with(look, {"containers"}));
     check("goal", with(look, {"goal"}));
     check("settings", with(look, {"settings"}));
     check("setting", with(look, {"settings", "theme"}));

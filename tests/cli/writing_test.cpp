@@ -216,6 +216,35 @@ TEST_CASE_FIXTURE(Writing, "what is stored is for its owner only") {
     CHECK(run({"doctor"}).exitCode == 0);
 }
 
+TEST_CASE_FIXTURE(Writing, "drinks are added, counted, listed and taken back") {
+    CHECK(run({"water", "300"}).output.starts_with("Added: 300 ml of Water.\n\n300 ml"));
+    CHECK(run({"water", "8floz", "--drink", "coffee"}).output.starts_with("Added: 237 ml of Coffee.\n"));
+    CHECK(run({"water", "--container", "bottle", "--json"}).output.starts_with("{\"todayMilliliters\":1034.22"));
+    const std::string history = run({"water", "--history", "--json"}).output;
+    CHECK(
+        history.contains("\"milliliters\":500,\"drink\":\"water\",\"waterMilliliters\":500,\"isInHealth\":true}"));
+    CHECK(history.contains("\"lastAmountMilliliters\":500,\"days\":[{"));
+    for (const char* taken : {"500 ml of Water", "237 ml of Coffee", "300 ml of Water"}) {
+        CHECK(run({"water", "--undo"}).output.starts_with("Taken back: " + std::string(taken) + ".\n"));
+    }
+    CHECK(run({"water"}).output.starts_with("0 ml"));
+    CHECK(run({"doctor"}).exitCode == 0);
+}
+
+TEST_CASE_FIXTURE(Writing, "containers are added, changed, renamed, made the default and removed") {
+    run({"containers", "Mug", "12", "floz", "--drink", "tea"});
+    run({"containers", "mug", "--rename", "Big Mug", "--default"});
+    CHECK(
+        run({"containers"})
+            .output.contains("Big Mug                                        355 ml  Tea             default\n"));
+    CHECK(run({"water", "--drink", "juice"}).output.starts_with("Added: 355 ml of Juice."));
+    CHECK(!run({"containers", "Big Mug", "--remove"}).output.contains("default"));
+    CHECK(run({"settings", "waterGoalMilliliters", "2500"}).exitCode == 0);
+    CHECK(run({"water", "--json"}).output.contains("\"goalMilliliters\":2500,"));
+    CHECK(run({"settings", "waterInHealth", "false"}).exitCode == 0);
+    CHECK(run({"water", "250", "--json"}).output.contains("\"waterMilliliters\":250,\"isInHealth\":false}]"));
+}
+
 TEST_CASE("an interruption is remembered once and held back no longer afterwards") {
     const auto before = std::signal(SIGTERM, SIG_IGN);
     {

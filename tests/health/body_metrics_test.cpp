@@ -52,7 +52,7 @@ TEST_CASE_FIXTURE(Body, "a save during a load wins over both values that the loa
 TEST_CASE_FIXTURE(Body, "a failed save changes nothing and lets a running load publish") {
     weigh(80, time.now() - 48h);
     store.isHolding = true;
-    store.saveError = HKError{"SQLite", 13, "The disk is full"};
+    store.writeError = HKError{"SQLite", 13, "The disk is full"};
     TaskScope tasks(time);
     tasks.spawn(body.loadBodyMetrics());
     time.settle();

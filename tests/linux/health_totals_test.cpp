@@ -35,6 +35,16 @@ public:
 
     void writeBatch() { CHECK(add(remembered(number(1, number(0, 2) == 0 ? 40 : 2))) >= 0); }
     void saveLive() { REQUIRE(writer.writeLive(rows(remembered(number(1, 3))))); }
+    /// One that is there, and one that is not.
+    void removeLive() {
+        std::vector<TestSample> removed{{order[0], 5 * day, 1, 1}};
+        if (!samples.empty()) {
+            const auto chosen = std::next(samples.begin(), number(0, std::ssize(samples) - 1));
+            removed.push_back(*chosen);
+            samples.erase(chosen);
+        }
+        REQUIRE(writer.removeLive(rows(removed)));
+    }
     void refreshPartly() {
         REQUIRE(writer.refreshTotals([](double) { return false; }));
     }
@@ -75,7 +85,7 @@ std::optional<int> longRun() {
     return steps ? std::optional(std::stoi(steps)) : std::nullopt;
 }
 
-TEST_CASE("sums are those of a count second by second, whatever is written, saved and reordered") {
+TEST_CASE("sums are those of a count second by second, whatever is written, saved, removed and reordered") {
     const unsigned seeds = longRun() ? 1 : 8;
     for (unsigned seed = 1; seed <= seeds; ++seed) {
         CAPTURE(seed);
@@ -93,6 +103,10 @@ TEST_CASE("sums are those of a count second by second, whatever is written, save
                 case 3:
                 case 4:
                     store.refreshPartly();
+                    break;
+                case 5:
+                case 6:
+                    store.removeLive();
                     break;
                 default:
                     store.saveLive();

@@ -91,7 +91,7 @@ TEST_CASE_FIXTURE(Recording, "workouts that a kill or a failure has left are wri
         told.clear();
     }
     SUBCASE("the workout cannot be saved") {
-        workoutStore.saveError = HKError{"SQLite", 13, "no space"};
+        workoutStore.writeError = HKError{"SQLite", 13, "no space"};
         REQUIRE(recorder->stopRecording());
     }
     SUBCASE("the route cannot be inserted") {
@@ -113,7 +113,7 @@ TEST_CASE_FIXTURE(Recording, "workouts that a kill or a failure has left are wri
     time.settle();
     CHECK(lines("❌") == told);
     CHECK(lines("Failed to finalize route").size() == (workoutStore.finishError ? 1 : 0));
-    workoutStore.saveError = workoutStore.insertError = workoutStore.finishError = std::nullopt;
+    workoutStore.writeError = workoutStore.insertError = workoutStore.finishError = std::nullopt;
     workoutStore.saves = 0;
     killAndStart();
     CHECK(workoutStore.saves == 1);

@@ -27,7 +27,7 @@ public:
     std::vector<std::string> asked;  // the types of all queries so far
     HKAuthorizationRequestStatus status = HKAuthorizationRequestStatus::unnecessary;
     std::optional<HKError> authorizationError;
-    std::optional<HKError> saveError;
+    std::optional<HKError> writeError;
     int authorizationRequests = 0;
     Event<> samplesAdded;
     std::map<std::string, DerivedDocument> derived;
@@ -103,9 +103,21 @@ public:
         derived[document.key] = document;
         completion({});
     }
-    void save(std::vector<HKQuantitySample> added, HKHandler<void> completion) override {
-        if (saveError) return completion(std::unexpected(*saveError));
-        samples.insert(samples.end(), added.begin(), added.end());
+    void save(std::vector<HKQuantitySample> saved, HKHandler<void> completion) override {
+        if (writeError) return completion(std::unexpected(*writeError));
+        for (HKQuantitySample& sample : saved) {
+            sample.source = {1, "Pedvar", true};
+            samples.push_back(std::move(sample));
+        }
+        completion({});
+    }
+    void deleteSamples(std::vector<HKQuantitySample> deleted, HKHandler<void> completion) override {
+        if (writeError) return completion(std::unexpected(*writeError));
+        std::erase_if(samples, [&](const HKQuantitySample& sample) {
+            return sample.source.isOwn && std::ranges::any_of(deleted, [&](const HKQuantitySample& other) {
+                       return other.type == sample.type && other.start == sample.start;
+                   });
+        });
         completion({});
     }
     void enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency, HKHandler<void> completion) override {

@@ -18,11 +18,11 @@ public:
     };
     std::vector<Saved> saved;
     int saves = 0;  // asked for, those of known workouts and those that failed included
-    std::optional<HKError> saveError, insertError, finishError;
+    std::optional<HKError> writeError, insertError, finishError;
 
     void save(const HKWorkout& workout, HKHandler<void> completion) override {
         ++saves;
-        if (saveError) return completion(std::unexpected(*saveError));
+        if (writeError) return completion(std::unexpected(*writeError));
         if (!find(workout.uuid)) saved.push_back({workout, {}});
         completion({});
     }

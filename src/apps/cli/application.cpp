@@ -4,6 +4,7 @@
 #include "apps/cli/health.h"
 #include "apps/cli/insights.h"
 #include "apps/cli/moment.h"
+#include "apps/cli/water.h"
 #include "insights/pace_days.h"
 #include "linux/health/health_administration.h"
 #include "linux/system/clocks.h"
@@ -161,6 +162,31 @@ CommandResult<Insights*> Application::insights() {
     return insights_.get();
 }
 
+CommandResult<AchievementsStore*> Application::achievements() {
+    const auto opened = health();
+    if (!opened) return std::unexpected(opened.error());
+    if (!achievements_) {
+        Health& health = **opened;
+        achievements_ = std::make_unique<AchievementsStore>(loop_, *clock_, health.store, health.manager.reads(),
+                                                            settings_, defaults_, log_);
+        badgeNews_ = achievements_->unlocked.observe([this](const std::vector<Achievement>& found) {
+            newBadges_.insert(newBadges_.end(), found.begin(), found.end());
+        });
+    }
+    return achievements_.get();
+}
+
+CommandResult<Water*> Application::water() {
+    const auto opened = health();
+    if (!opened) return std::unexpected(opened.error());
+    if (!water_) {
+        Health& health = **opened;
+        water_ = std::make_unique<Water>(
+            WaterSurroundings{loop_, *clock_, health.store, health.manager.reads(), defaults_, settings_, log_});
+    }
+    return water_.get();
+}
+
 CommandResult<void> Application::forgetChangedDays() {
     DefaultsResult forgotten;
     const auto forget = [&](const ChangedDays& changed) {
@@ -182,10 +208,16 @@ CommandResult<void> Application::refresh() {
     if (const auto forgotten = forgetChangedDays(); !forgotten) return forgotten;
     const auto meaning = insights();
     if (!meaning) return std::unexpected(meaning.error());
+    const auto badges = achievements();
+    if (!badges) return std::unexpected(badges.error());
+    const auto drinks = water();
+    if (!drinks) return std::unexpected(drinks.error());
     loop_.run(refreshed(health_->manager, (*opened)->updater));
+    loop_.run((*drinks)->manager.refresh());
+    loop_.run((*badges)->evaluate());
     if (const auto reading = (*meaning)->pace.refresh(health_->manager)) finish(*reading);
     loop_.run((*meaning)->recap.checkForRecap());
-    return {};
+    return commandResult(loop_.run((*badges)->remember()));
 }
 
 }  // namespace pedvar

@@ -1,6 +1,8 @@
 /// The program's objects: adapters first, then managers.
 #pragma once
 
+#include "achievements/achievement_catalogue.h"
+#include "achievements/achievements_store.h"
 #include "apps/cli/command_line.h"
 #include "apps/cli/error.h"
 #include "apps/cli/linux_settings.h"
@@ -22,12 +24,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace pedvar {
 
 class Companion;
 class Health;
 struct Insights;
+class Water;
 
 /// Whether a command only looks. Then nothing is written, not even the folder of the data.
 enum class Access { readOnly, readWrite };
@@ -75,8 +79,17 @@ public:
     /// The managers of what the days mean. Only a command that writes lets them store what they have read.
     CommandResult<Insights*> insights();
 
+    /// The badges as they are stored.
+    CommandResult<AchievementsStore*> achievements();
+    AchievementTexts achievementTexts() const { return {catalogue_, locale_}; }
+    /// Those that refreshes found new.
+    const std::vector<Achievement>& newBadges() const { return newBadges_; }
+
+    /// The manager of drinks with what it needs.
+    CommandResult<Water*> water();
+
     /// What follows each change: what was derived from days that have changed since is forgotten; today's totals,
-    /// the suite that widgets read and the usual day are made anew.
+    /// badges, the usual day and the suite that widgets read are made anew.
     CommandResult<void> refresh();
 
 private:
@@ -104,6 +117,10 @@ private:
     std::unique_ptr<Health> health_;
     std::unique_ptr<Companion> companion_;
     std::unique_ptr<Insights> insights_;
+    std::unique_ptr<AchievementsStore> achievements_;
+    std::unique_ptr<Water> water_;
+    std::vector<Achievement> newBadges_;
+    Subscription badgeNews_;
 };
 
 }  // namespace pedvar

@@ -131,6 +131,32 @@ void describeCommands(Grammar& grammar) {
         command.add_option("MONTH", request.month, "YYYY-MM; the month that has ended last without it");
     });
     describeActivities(grammar);
+    grammar.command<AwardsRequest>(
+        "awards", "Badges, and how far the next ones are", [](CLI::App& command, AwardsRequest& request) {
+            command.add_option("--category", request.category, "steps, distance, streaks or special")
+                ->type_name("NAME");
+        });
+    grammar.command<WaterRequest>(
+        "water", "Show or add what you drank today", [](CLI::App& command, WaterRequest& request) {
+            command.add_option("AMOUNT", request.amount, "What was drunk, as 250, 250 ml or 8 floz");
+            command.add_option("UNIT", request.unit, "ml or floz; that of the settings without it");
+            command.add_option("--drink", request.drink, "water, tea, coffee, juice ...; water without it")
+                ->type_name("TYPE");
+            command.add_option("--container", request.container, "Drunk from the container of this name")
+                ->type_name("NAME");
+            command.add_flag("--undo", request.undo, "Take the last drink back");
+            command.add_flag("--history", request.history, "Show the last 30 days");
+        });
+    grammar.command<ContainersRequest>(
+        "containers", "Show or change what you drink from", [](CLI::App& command, ContainersRequest& request) {
+            command.add_option("NAME", request.name, "The container; all of them without it");
+            command.add_option("AMOUNT", request.amount, "How much it holds; a new one needs it");
+            command.add_option("UNIT", request.unit, "ml or floz; that of the settings without it");
+            command.add_option("--drink", request.drink, "What is drunk from it")->type_name("TYPE");
+            command.add_option("--rename", request.newName, "Its new name")->type_name("NAME");
+            command.add_flag("--default", request.isDefault, "Drink from it when none is named");
+            command.add_flag("--remove", request.isRemoval, "Remove it");
+        });
     grammar.command<GoalRequest>(
         "goal", "Show or set the daily goal", [](CLI::App& command, GoalRequest& request) {
             command.add_option("STEPS", request.goal, "The goal from today on, 1 to 1000000");
@@ -185,6 +211,8 @@ struct Writing {
     bool operator()(const ProfileRequest& profile) const { return profile.value.has_value(); }
     bool operator()(const ImportRequest&) const { return true; }
     bool operator()(const GoalRequest& goal) const { return goal.goal.has_value(); }
+    bool operator()(const WaterRequest& water) const { return isDrink(water) || water.undo; }
+    bool operator()(const ContainersRequest& containers) const { return containers.name.has_value(); }
     bool operator()(const SettingsRequest& settings) const { return settings.value.has_value(); }
     bool operator()(const SourcesRequest& sources) const { return !sources.order.empty(); }
     bool operator()(const DoctorRequest& doctor) const { return doctor.repair != DoctorRequest::Repair::none; }

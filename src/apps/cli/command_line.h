@@ -55,6 +55,26 @@ struct MonthRequest {
     std::optional<std::string> month;
 };
 struct StreaksRequest {};
+struct AwardsRequest {
+    std::optional<std::string> category;
+};
+struct WaterRequest {
+    std::optional<std::string> amount;
+    std::optional<std::string> unit;
+    std::optional<std::string> drink;
+    std::optional<std::string> container;
+    bool undo = false;
+    bool history = false;
+};
+struct ContainersRequest {
+    std::optional<std::string> name;
+    std::optional<std::string> amount;
+    std::optional<std::string> unit;
+    std::optional<std::string> drink;
+    std::optional<std::string> newName;
+    bool isDefault = false;
+    bool isRemoval = false;
+};
 struct GoalRequest {
     std::optional<std::string> goal;
 };
@@ -99,8 +119,8 @@ struct DoctorRequest {
 using Request =
     std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
                  RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
-                 RouteRequest, ExportRequest, GoalRequest, WeightRequest, HeightRequest, ProfileRequest,
-                 SettingsRequest, SourcesRequest, DoctorRequest>;
+                 RouteRequest, ExportRequest, AwardsRequest, WaterRequest, ContainersRequest, GoalRequest,
+                 WeightRequest, HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {
@@ -119,6 +139,11 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
 
 /// The format in which to answer, also when the command line is wrong elsewhere.
 OutputFormat formatOf(std::span<const char* const> arguments);
+
+/// Whether something was drunk.
+inline bool isDrink(const WaterRequest& request) {
+    return request.amount || request.drink || request.container;
+}
 
 /// Whether the command changes what is stored.
 bool isWriting(const Request& request, const GlobalOptions& options = {});

@@ -3,20 +3,9 @@
 #include "core/units.h"
 
 #include <array>
-#include <charconv>
-#include <cmath>
 
 namespace pedvar {
 namespace {
-
-std::string grouped(std::string_view digits, std::string_view separator) {
-    std::string result;
-    for (std::size_t i = 0; i < digits.size(); ++i) {
-        if (i > 0 && (digits.size() - i) % 3 == 0) result += separator;
-        result += digits[i];
-    }
-    return result;
-}
 
 bool hasTwelveHourClock(const Locale& locale, TimeFormat format) {
     switch (format) {
@@ -34,35 +23,10 @@ bool hasTwelveHourClock(const Locale& locale, TimeFormat format) {
 
 Figures::Figures(const Locale& locale, const UserPreferences& preferences, Texts text)
     : text_(text),
-      decimalSeparator_(locale.decimalSeparator()),
-      groupingSeparator_(locale.groupingSeparator()),
+      numbers_(locale),
       distanceUnit_(preferences.distanceUnit),
       weightUnit_(preferences.weightUnit),
       isTwelveHourClock_(hasTwelveHourClock(locale, preferences.timeFormat)) {}
-
-std::string Figures::number(std::int64_t value) const {
-    const std::string digits = std::to_string(value);
-    if (value < 0) return "-" + grouped(std::string_view(digits).substr(1), groupingSeparator_);
-    return grouped(digits, groupingSeparator_);
-}
-
-std::string Figures::number(double value, int digits) const {
-    constexpr double longest = 1e15;  // beyond it a double has no fraction worth showing
-    if (!(std::abs(value) < longest)) return "–";
-    std::array<char, 32> buffer;
-    const auto end =
-        std::to_chars(buffer.begin(), buffer.end(), std::abs(value), std::chars_format::fixed, digits).ptr;
-    std::string_view text(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
-    if (text.contains('.')) {
-        text = text.substr(0, text.find_last_not_of('0') + 1);
-        if (text.ends_with('.')) text.remove_suffix(1);
-    }
-    const std::size_t point = std::min(text.find('.'), text.size());
-    std::string result = value < 0 && text != "0" ? "-" : "";
-    result += grouped(text.substr(0, point), groupingSeparator_);
-    if (point < text.size()) result.append(decimalSeparator_).append(text.substr(point + 1));
-    return result;
-}
 
 std::string Figures::steps(std::int64_t count) const {
     return count == 1 ? text_("{} step", number(count)) : text_("{} steps", number(count));
@@ -147,6 +111,11 @@ std::string Figures::weight(double kilograms) const {
 std::string Figures::height(double centimeters) const {
     if (weightUnit_ == WeightUnit::pounds) return text_("{} in", number(centimeters / centimetersPerInch, 1));
     return text_("{} cm", number(centimeters, 1));
+}
+
+std::string Figures::volume(double milliliters, VolumeUnit unit) const {
+    if (unit == VolumeUnit::milliliters) return text_("{} ml", number(milliliters, 0));
+    return text_("{} fl oz", number(unitNamed("fl_oz_us")->fromKept(milliliters), 1));
 }
 
 std::string Figures::bytes(double count) const {

@@ -5,7 +5,7 @@
 #include "core/calendar.h"
 #include "core/preferences.h"
 #include "health/step_records.h"
-#include "platform/locale.h"
+#include "platform/number_format.h"
 
 #include <cstdint>
 #include <string>
@@ -17,9 +17,9 @@ public:
     Figures(const Locale& locale, const UserPreferences& preferences, Texts text);
 
     /// "8,432".
-    std::string number(std::int64_t value) const;
+    std::string number(std::int64_t value) const { return numbers_.number(value); }
     /// Rounded to at most `digits` fraction digits; zeros at the end are left out. "–" for what is no number.
-    std::string number(double value, int digits) const;
+    std::string number(double value, int digits) const { return numbers_.number(value, digits); }
 
     /// "8,432 steps".
     std::string steps(std::int64_t count) const;
@@ -50,6 +50,8 @@ public:
     std::string weight(double kilograms) const;
     /// Centimetres, or inches for those who weigh in pounds.
     std::string height(double centimeters) const;
+    /// "250 ml", "8.5 fl oz".
+    std::string volume(double milliliters, VolumeUnit unit) const;
     /// "12.5 MB".
     std::string bytes(double count) const;
 
@@ -72,8 +74,7 @@ private:
     std::string monthName(std::chrono::month month) const;
 
     Texts text_;
-    std::string decimalSeparator_;
-    std::string groupingSeparator_;
+    NumberFormat numbers_;
     DistanceUnit distanceUnit_;
     WeightUnit weightUnit_;
     bool isTwelveHourClock_;

@@ -26,23 +26,21 @@ class Health {
 public:
     Health(const HealthSurroundings& surroundings, const std::filesystem::path& file)
         : database(file),
-          store_(surroundings.executor, database, surroundings.zone, surroundings.horizon,
-                 surroundings.threadCount),
+          store(surroundings.executor, database, surroundings.zone, surroundings.horizon,
+                surroundings.threadCount),
           diagnostics_(surroundings.log),
-          manager(surroundings.executor, surroundings.clock, store_, surroundings.settings, diagnostics_,
+          manager(surroundings.executor, surroundings.clock, store, surroundings.settings, diagnostics_,
                   notifications_) {}
 
     HealthDatabase database;
+    SqliteHealthStore store;
 
 private:
-    SqliteHealthStore store_;
     HealthDiagnostics diagnostics_;
     NoStepGoalNotifications notifications_;
 
 public:
     HealthKitManager manager;
-
-    HKHealthStore& store() { return store_; }
 };
 
 }  // namespace pedvar

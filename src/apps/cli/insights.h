@@ -24,7 +24,7 @@ struct Insights {
     explicit Insights(const InsightsSurroundings& with)
         : pace(with.executor, with.clock, with.settings, with.defaults, with.json, with.log, with.keeping),
           calendar(with.executor, with.clock, with.settings, with.health.manager.reads()),
-          recap(with.executor, with.clock, with.health.store(), with.settings, with.defaults, with.log) {}
+          recap(with.executor, with.clock, with.health.store, with.settings, with.defaults, with.log) {}
 
     StepPaceBaselineStore pace;
     CalendarMetricStore calendar;

@@ -147,6 +147,14 @@ struct SampleWriter::State {
         TotalsKeeper(*connection).update(row.series, spanOf(row));
     }
 
+    void removeLive(const SampleRow& row) {
+        const std::int64_t removed = connection->run(
+            "DELETE FROM samples WHERE series = ? AND start = ? AND duration = ? AND source = ? AND value = ?",
+            row.series, row.start, row.duration, row.source, row.value);
+        if (removed == 0 || !series.at(row.series).isCumulative) return;
+        TotalsKeeper(*connection).updateAfterRemoval(row.series, spanOf(row));
+    }
+
     void tell(const Outcome& outcome) {
         std::vector<std::string> types;
         for (const std::int32_t number : outcome.series) types.push_back(series.at(number).type);
@@ -221,6 +229,15 @@ StoreResult<WriteCounts> SampleWriter::writeLive(std::span<const SampleRow> samp
         transaction.commit();
         state_->tell(outcome);
         return outcome.counts;
+    });
+}
+
+StoreResult<> SampleWriter::removeLive(std::span<const SampleRow> samples) {
+    state_->checkRows(samples);
+    return state_->attempt([&] {
+        Transaction transaction(*state_->connection, Transaction::Kind::write);
+        for (const SampleRow& row : samples) state_->removeLive(row);
+        transaction.commit();
     });
 }
 

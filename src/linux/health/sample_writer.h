@@ -47,6 +47,9 @@ public:
     /// Writes a few samples and brings their totals up to date in the same transaction.
     StoreResult<WriteCounts> writeLive(std::span<const SampleRow> samples);
 
+    /// Removes a few samples, and brings their totals up to date in the same transaction.
+    StoreResult<> removeLive(std::span<const SampleRow> samples);
+
     /// Keeps the document, unless the samples of its type are no longer in `state`.
     StoreResult<> keep(const DerivedDocument& document, std::int64_t state);
 

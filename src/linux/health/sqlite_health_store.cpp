@@ -53,7 +53,8 @@ private:
     std::shared_ptr<Observers> observers_;
 };
 
-StoreResult<> storeSamples(SampleWriter& writer, std::span<const HKQuantitySample> samples) {
+/// The samples as Pedvar writes them.
+StoreResult<std::vector<SampleRow>> ownRows(SampleWriter& writer, std::span<const HKQuantitySample> samples) {
     const auto source = writer.source({.kind = SourceKind::own, .name = "Pedvar", .hardware = ""});
     if (!source) return std::unexpected(source.error());
     std::vector<SampleRow> rows;
@@ -68,9 +69,20 @@ StoreResult<> storeSamples(SampleWriter& writer, std::span<const HKQuantitySampl
                         .duration = millisecondsOf(sample.end) - start,
                         .value = sample.quantity.doubleValue(*unitNamed(unit))});
     }
-    const auto written = writer.writeLive(rows);
+    return rows;
+}
+
+StoreResult<> storeSamples(SampleWriter& writer, std::span<const HKQuantitySample> samples) {
+    const auto rows = ownRows(writer, samples);
+    if (!rows) return std::unexpected(rows.error());
+    const auto written = writer.writeLive(*rows);
     if (!written) return std::unexpected(written.error());
     return {};
+}
+
+StoreResult<> removeSamples(SampleWriter& writer, std::span<const HKQuantitySample> samples) {
+    const auto rows = ownRows(writer, samples);
+    return rows ? writer.removeLive(*rows) : std::unexpected(rows.error());
 }
 
 }  // namespace
@@ -145,6 +157,17 @@ struct SqliteHealthStore::State {
             if (!written) return completion(std::unexpected(healthError(written.error())));
             completion({});
         });
+    }
+
+    /// Lets `act` store or remove samples, if they can be samples at all.
+    void change(std::vector<HKQuantitySample> samples, HKHandler<void> completion,
+                StoreResult<> (*act)(SampleWriter&, std::span<const HKQuantitySample>)) {
+        if (!std::ranges::all_of(samples, isSound)) {
+            completion(std::unexpected(invalidArgument("A sample has no amount or no duration.")));
+            return;
+        }
+        write(std::move(completion),
+              [samples = std::move(samples), act](SampleWriter& own) { return act(own, samples); });
     }
 };
 
@@ -238,12 +261,11 @@ void SqliteHealthStore::keep(DerivedDocument document, std::int64_t state, HKHan
 }
 
 void SqliteHealthStore::save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) {
-    if (!std::ranges::all_of(samples, isSound)) {
-        completion(std::unexpected(invalidArgument("A sample has no amount or no duration.")));
-        return;
-    }
-    state_->write(std::move(completion),
-                  [samples = std::move(samples)](SampleWriter& writer) { return storeSamples(writer, samples); });
+    state_->change(std::move(samples), std::move(completion), storeSamples);
+}
+
+void SqliteHealthStore::deleteSamples(std::vector<HKQuantitySample> samples, HKHandler<void> completion) {
+    state_->change(std::move(samples), std::move(completion), removeSamples);
 }
 
 void SqliteHealthStore::enableBackgroundDelivery(const HKQuantityType&, HKUpdateFrequency,

@@ -41,6 +41,7 @@ public:
     void keep(DerivedDocument document, std::int64_t state, HKHandler<void> completion) override;
 
     void save(std::vector<HKQuantitySample> samples, HKHandler<void> completion) override;
+    void deleteSamples(std::vector<HKQuantitySample> samples, HKHandler<void> completion) override;
 
     /// Nothing wakes Pedvar on this platform: observers hear of what this process adds.
     void enableBackgroundDelivery(const HKQuantityType& type, HKUpdateFrequency frequency,

@@ -98,6 +98,21 @@ void TotalsKeeper::update(std::int32_t series, Span sample) {
     updateLongShares(counter, series, countedSpan(sample));
 }
 
+void TotalsKeeper::updateAfterRemoval(std::int32_t series, Span sample) {
+    const Span covered = countedSpan(sample);
+    const bool wasLong = isLong(sample.end - sample.start);
+    const Span starts{sample.start - (wasLong ? 0 : longestShortDuration),
+                      wasLong ? sample.start : covered.end - 1};
+    noteChange(series, starts);
+    std::set<DayNumber> days = daysOfLongSamples(connection_, series, covered);
+    for (const DayNumber day : days) noteChange(series, {startOf(day), startOf(day + 1) - 1});
+    for (DayNumber day = dayOf(starts.start); day <= dayOf(starts.end); ++day) days.insert(day);
+    for (const DayNumber day : days) {
+        const Days kept = load(series, day, day);
+        if (kept.contains(day) && kept.at(day)) make(series, day, 1);
+    }
+}
+
 void TotalsKeeper::updateQuarters(const SampleCounter& counter, std::int32_t series, Span sample) {
     // What the sample may cover starts up to `reach` before it; what shares a quarter hour with that may be
     // covered by what starts as much earlier again.

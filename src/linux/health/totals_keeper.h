@@ -35,6 +35,8 @@ public:
 
     /// One sample was added: counts anew what it changes, and nothing of days that are stale.
     void update(std::int32_t series, Span sample);
+    /// One sample was removed: makes the days anew that it was counted in, and nothing of days that are stale.
+    void updateAfterRemoval(std::int32_t series, Span sample);
 
     /// Makes up to `highestCount` stale rows; how many it made.
     std::size_t makeSome(std::size_t highestCount);

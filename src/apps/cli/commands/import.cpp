@@ -51,6 +51,14 @@ CommandResult<void> follow(const ImportReport& report, Application& application)
     return application.refresh();
 }
 
+std::string newBadgeLines(const Application& application) {
+    std::string lines;
+    for (const Achievement& badge : application.newBadges()) {
+        lines += application.text()("New badge: {}", application.achievementTexts().title(badge.key)) + "\n";
+    }
+    return lines.empty() ? lines : "\n" + lines;
+}
+
 /// Why the import ends with failure, the gravest first.
 std::optional<CommandError> problemOf(const ImportReport& report, const Texts& text) {
     if (report.failure) return errorOf(*report.failure);
@@ -141,7 +149,7 @@ CommandResult<Report> run(const ImportRequest& request, Application& application
         if (!imported) return std::unexpected(imported.error());
         problem = imported->problem;
         document = importDocument(imported->report);
-        view = importView(imported->report, application.screen());
+        view = importView(imported->report, application.screen()) + newBadgeLines(application);
     }
     if (*type) {
         const auto imported = importActivities(files.gpx, **type, application);

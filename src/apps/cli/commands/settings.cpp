@@ -3,6 +3,7 @@
 #include "apps/cli/commands/command.h"
 #include "apps/cli/commands/day_views.h"
 #include "apps/cli/companion.h"
+#include "apps/cli/water.h"
 #include "core/record.h"
 
 #include <fmt/ranges.h>
@@ -10,12 +11,27 @@
 namespace pedvar {
 namespace {
 
+/// Those of the hydration settings that are no containers.
+struct WaterSettings {
+    std::int64_t waterGoalMilliliters = 0;
+    bool waterGoalByWeight = false;
+    bool waterInHealth = true;
+    using Fields = FieldList<&WaterSettings::waterGoalMilliliters, &WaterSettings::waterGoalByWeight,
+                             &WaterSettings::waterInHealth>;
+};
+static_assert(isComplete<WaterSettings>);
+
+WaterSettings waterSettings(const HydrationSettings& settings) {
+    return {static_cast<std::int64_t>(settings.goalMilliliters), settings.isGoalByWeight, settings.savesToHealth};
+}
+
 struct Settings {
     UserPreferences preferences;
     LinuxSettings linuxSettings;
+    WaterSettings waterSettings;
 };
 
-/// Fields that are shares hold doubles from 0 to 1.
+/// Fields that are shares hold doubles from 0 to 1, whole numbers are goals of water.
 template <class Field>
 std::optional<Field> valueNamed(std::string_view name) {
     if constexpr (Enumeration<Field>) {
@@ -24,6 +40,9 @@ std::optional<Field> valueNamed(std::string_view name) {
         if (name == "true") return true;
         if (name == "false") return false;
         return std::nullopt;
+    } else if constexpr (std::same_as<Field, std::int64_t>) {
+        const auto number = wholeNumberNamed(name);
+        return number && isWaterGoal(static_cast<double>(*number)) ? number : std::nullopt;
     } else {
         static_assert(std::same_as<Field, double>);
         const auto number = numberNamed(name);
@@ -37,6 +56,8 @@ std::string validValues(const Texts& text) {
         return fmt::format("{}", fmt::join(caseNames<Field>, ", "));
     } else if constexpr (std::same_as<Field, bool>) {
         return "true, false";
+    } else if constexpr (std::same_as<Field, std::int64_t>) {
+        return text("a whole number of millilitres from {} to {}", lowestWaterGoal, highestWaterGoal);
     } else {
         return text("a number from 0 to 1");
     }
@@ -83,7 +104,9 @@ JsonObject documentOf(const R& record) {
 }
 
 JsonObject documentOf(const Settings& settings) {
-    return {{"preferences", {documentOf(settings.preferences)}}, {"linux", {documentOf(settings.linuxSettings)}}};
+    return {{"preferences", {documentOf(settings.preferences)}},
+            {"linux", {documentOf(settings.linuxSettings)}},
+            {"water", {documentOf(settings.waterSettings)}}};
 }
 
 std::optional<JsonValue> valueOf(std::string_view key, const Settings& settings) {
@@ -97,6 +120,19 @@ std::unexpected<CommandError> unknownSetting(std::string_view key, const Texts& 
     return usageError(text("There is no setting \"{}\"; `pedvar settings` lists them.", key));
 }
 
+CommandResult<void> changeWater(std::string_view key, std::string_view value, Application& application) {
+    const auto water = application.water();
+    if (!water) return std::unexpected(water.error());
+    return commandResult(application.loop().run((*water)->manager.changeSettings([&](HydrationSettings& stored) {
+        WaterSettings edited = waterSettings(stored);
+        static_cast<void>(assign(edited, key, value, application.text()));
+        stored.goalMilliliters = static_cast<double>(edited.waterGoalMilliliters);
+        stored.isGoalByWeight = edited.waterGoalByWeight;
+        stored.savesToHealth = edited.waterInHealth;
+        return true;
+    })));
+}
+
 CommandResult<void> change(Settings settings, std::string_view key, std::string_view value,
                            Application& application) {
     const Texts& text = application.text();
@@ -105,10 +141,15 @@ CommandResult<void> change(Settings settings, std::string_view key, std::string_
     if (*isPreference) {
         const auto companion = application.companion();
         if (!companion) return std::unexpected(companion.error());
-        const auto saved = commandResult((*companion)->preferencesSync.changePreferences(
-            [&](UserPreferences& preferences) { static_cast<void>(assign(preferences, key, value, text)); }));
+        const auto saved =
+            commandResult((*companion)->preferencesSync.changePreferences([&](UserPreferences& preferences) {
+                static_cast<void>(assign(preferences, key, value, text));
+            }));
         return saved ? application.refresh() : saved;
     }
+    const auto isWaterSetting = assign(settings.waterSettings, key, value, text);
+    if (!isWaterSetting) return std::unexpected(isWaterSetting.error());
+    if (*isWaterSetting) return changeWater(key, value, application);
     const auto isLinuxSetting = assign(settings.linuxSettings, key, value, text);
     if (!isLinuxSetting) return std::unexpected(isLinuxSetting.error());
     if (!*isLinuxSetting) return unknownSetting(key, text);
@@ -117,7 +158,8 @@ CommandResult<void> change(Settings settings, std::string_view key, std::string_
 }
 
 Settings load(Application& application) {
-    return {application.settings().preferences(), application.linuxSettings()};
+    const HydrationDocuments water(application.defaults(), application.settings());
+    return {application.settings().preferences(), application.linuxSettings(), waterSettings(water.settings())};
 }
 
 std::string view(const JsonObject& document) {

@@ -1,4 +1,4 @@
-#include "insights/phrase.h"
+#include "platform/phrase.h"
 
 #include <charconv>
 

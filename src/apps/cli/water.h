@@ -1,0 +1,38 @@
+/// What goes with drinking.
+#pragma once
+
+#include "hydration/hydration_manager.h"
+#include "linux/system/absent_services.h"
+#include "linux/system/system_random.h"
+
+namespace pedvar {
+
+/// What the manager of drinks is built from.
+struct WaterSurroundings {
+    MainExecutor& executor;
+    const Clock& clock;
+    HKHealthStore& healthStore;
+    ActivityReads& reads;
+    DefaultsDomains& defaults;
+    const SettingsStore& settings;
+    PlatformLog& log;
+};
+
+/// The objects from the widget's values up to the manager, in the order in which they need each other.
+class Water {
+public:
+    explicit Water(const WaterSurroundings& with)
+        : group(with.defaults, with.clock, widgets_, with.log),
+          manager(with.executor, with.clock, with.healthStore, with.reads, with.defaults, with.settings, random_,
+                  group) {}
+
+private:
+    NoWidgets widgets_;
+    SystemRandom random_;
+
+public:
+    HydrationAppGroup group;
+    HydrationManager manager;
+};
+
+}  // namespace pedvar
