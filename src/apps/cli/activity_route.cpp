@@ -6,6 +6,7 @@
 #include "routes/gpx_parser.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace pedvar {
 namespace {
