@@ -32,8 +32,8 @@ BodyMetrics::BodyMetrics(MainExecutor& executor, const Clock& clock, HKHealthSto
       settings_(settings),
       diagnostics_(diagnostics) {}
 
-DefaultsResult BodyMetrics::savePersonalMetrics(const PersonalMetrics& metrics) {
-    auto result = settings_.savePersonalMetrics(metrics);
+DefaultsResult BodyMetrics::changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit) {
+    auto result = settings_.changePersonalMetrics(edit);
     reloadPersonalMetrics();
     return result;
 }

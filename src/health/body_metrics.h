@@ -10,6 +10,7 @@
 #include "platform/health_store.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -27,8 +28,8 @@ public:
     Published<std::optional<double>> currentHeight;  // centimetres
     Published<bool> didLoadBodyMetrics;
 
-    /// Stores and publishes.
-    DefaultsResult savePersonalMetrics(const PersonalMetrics& metrics);
+    /// Edits what is stored, stores and publishes it.
+    DefaultsResult changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit);
     /// Publishes what is stored, after somebody else has changed it.
     void reloadPersonalMetrics();
 

@@ -170,10 +170,6 @@ PersonalMetrics SettingsStore::personalMetrics() const {
     return metrics;
 }
 
-DefaultsResult SettingsStore::savePersonalMetrics(const PersonalMetrics& metrics) {
-    return change(defaults_, json_, [&](Changes& changes) { replaceMetrics(changes, metrics, defaults_.shared()); });
-}
-
 DefaultsResult SettingsStore::changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit) {
     PersonalMetrics edited = personalMetrics();
     edit(edited);
@@ -218,17 +214,25 @@ GoalHistory SettingsStore::goalHistory() const {
 
 DefaultsResult SettingsStore::setDailyGoal(std::int64_t goal, Day today) {
     check(isValidDailyGoal(goal), "a goal that is none was to be stored");
+    return changeDailyGoal([goal] { return std::optional(goal); }, today);
+}
+
+DefaultsResult SettingsStore::changeDailyGoal(const std::function<std::optional<std::int64_t>()>& wanted,
+                                              Day today) {
+    if (!wanted()) return {};
     return change(defaults_, json_, [&](Changes& changes) {
+        const auto goal = wanted();
+        if (!goal) return;
         PersonalMetrics metrics = personalMetrics();
-        metrics.dailyStepGoal = goal;
-        metrics.weeklyStepGoal = 7 * goal;
+        metrics.dailyStepGoal = *goal;
+        metrics.weeklyStepGoal = 7 * *goal;
         GoalHistory goals = goalHistory();
-        goals.add({today, goal});
+        goals.add({today, *goal});
         changes.replace(metricsKey, metrics);
         changes.replace(goalHistoryKey, storedGoals(goals));
-        changes.share(sharedGoalKey, goal);
+        changes.share(sharedGoalKey, *goal);
         const UserDefaults* shared = defaults_.shared();
-        if (shared && shared->value(sharedStepGoalKey)) changes.share(sharedStepGoalKey, goal);
+        if (shared && shared->value(sharedStepGoalKey)) changes.share(sharedStepGoalKey, *goal);
     });
 }
 
@@ -245,27 +249,28 @@ DefaultsResult SettingsStore::rememberFirstGoal(Day today) {
 DefaultsResult SettingsStore::adoptSharedValues(Day today) {
     const UserDefaults* shared = defaults_.shared();
     if (!shared) return {};
-    const auto goal = shared->integer(sharedStepGoalKey);
-    if (goal && isValidDailyGoal(*goal) && *goal != personalMetrics().dailyStepGoal) {
-        if (auto result = setDailyGoal(*goal, today); !result) return result;
-    }
-    if (auto result = reconcileGoal(*shared, today); !result) return result;
+    if (auto result = changeDailyGoal([&] { return goalToAdopt(*shared); }, today); !result) return result;
     if (auto result = adoptTargetWeight(*shared); !result) return result;
     return adoptPreferences(*shared);
 }
 
-DefaultsResult SettingsStore::reconcileGoal(const UserDefaults& shared, Day today) {
+std::optional<std::int64_t> SettingsStore::goalToAdopt(const UserDefaults& shared) const {
+    const auto validGoal = [&](std::string_view key) {
+        const auto goal = shared.integer(key);
+        return goal && isValidDailyGoal(*goal) ? goal : std::nullopt;
+    };
     const std::int64_t own = personalMetrics().dailyStepGoal;
-    if (own == dailyGoal()) return {};
-    const auto stored = shared.integer(sharedGoalKey);
-    return setDailyGoal(stored && isValidDailyGoal(*stored) ? *stored : own, today);
+    const auto chosen = validGoal(sharedStepGoalKey);
+    if (chosen && *chosen != own) return chosen;
+    if (own == dailyGoal()) return std::nullopt;
+    return validGoal(sharedGoalKey).value_or(own);
 }
 
 DefaultsResult SettingsStore::adoptTargetWeight(const UserDefaults& shared) {
-    const auto weight = shared.real(sharedWeightKey);
-    if (!weight || !std::isfinite(*weight)) return {};
-    return changePersonalMetrics(
-        [target = targetIn(*weight)](PersonalMetrics& metrics) { metrics.targetWeight = target; });
+    return changePersonalMetrics([&](PersonalMetrics& metrics) {
+        const auto weight = shared.real(sharedWeightKey);
+        if (weight && std::isfinite(*weight)) metrics.targetWeight = targetIn(*weight);
+    });
 }
 
 DefaultsResult SettingsStore::adoptPreferences(const UserDefaults& shared) {

@@ -23,8 +23,8 @@ std::string_view sharedName(DistanceUnit unit);
 
 /// Loads and saves preferences, personal metrics and the goal. Every write is one transaction over all the places
 /// that hold the value, and what it depends on is read inside of it: two processes that change something at once
-/// undo nothing of each other's. A stored document that does not decode counts as absent; its bytes are kept under the key
-/// with ".unreadable" behind it when something else is saved.
+/// undo nothing of each other's. A stored document that does not decode counts as absent; its bytes are kept under
+/// the key with ".unreadable" behind it when something else is saved.
 class SettingsStore {
 public:
     SettingsStore(DefaultsDomains& defaults, const JsonParser& json, const Locale& locale)
@@ -52,9 +52,8 @@ public:
     std::string languageCode() const;
 
     PersonalMetrics personalMetrics() const;
-    /// Also tells widgets and watch of the target weight, where they keep one.
-    DefaultsResult savePersonalMetrics(const PersonalMetrics& metrics);
-    /// Lets `edit` change them; it may be called twice.
+    /// Lets `edit` change them; it may be called twice. Also tells widgets and watch of the target weight, where
+    /// they keep one.
     DefaultsResult changePersonalMetrics(const std::function<void(PersonalMetrics&)>& edit);
     /// Fills in what the health store knows. What the person typed in stays.
     DefaultsResult adoptCharacteristics(std::optional<std::int64_t> age, std::optional<Gender> gender);
@@ -73,9 +72,11 @@ public:
     DefaultsResult adoptSharedValues(Day today);
 
 private:
-    /// Where one of the files with the goal was lost or put back, what the other one says holds; where both speak,
-    /// the shared one.
-    DefaultsResult reconcileGoal(const UserDefaults& shared, Day today);
+    /// Sets the goal that `wanted` yields, if any; it is asked a second time while nobody else writes.
+    DefaultsResult changeDailyGoal(const std::function<std::optional<std::int64_t>()>& wanted, Day today);
+    /// What widgets and watch chose. Where one of the files with the goal was lost or put back, what the other one
+    /// says holds; where both speak, the shared one. None where all agree.
+    std::optional<std::int64_t> goalToAdopt(const UserDefaults& shared) const;
     DefaultsResult adoptTargetWeight(const UserDefaults& shared);
     DefaultsResult adoptPreferences(const UserDefaults& shared);
 

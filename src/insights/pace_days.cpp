@@ -29,6 +29,14 @@ std::vector<PaceDay> loadPaceDays(const DefaultsDomains& defaults, const JsonPar
     return storedDays(defaults, json).value_or(std::vector<PaceDay>());
 }
 
+std::size_t dropTouched(std::vector<PaceDay>& days, const Calendar& calendar, std::span<const Interval> touched) {
+    return std::erase_if(days, [&](const PaceDay& stored) {
+        if (!sensibleDates.contains(stored.date)) return true;
+        const Interval day = calendar.interval(calendar.day(stored.date));
+        return std::ranges::any_of(touched, [&](const Interval& interval) { return reachesInto(day, interval); });
+    });
+}
+
 namespace {
 
 std::vector<DefaultsChange> replacing(const DefaultsDomains& defaults, const JsonParser& json,
@@ -48,12 +56,7 @@ std::optional<std::vector<PaceDay>> untouched(const DefaultsDomains& defaults, c
                                               const Calendar& calendar, std::span<const Interval> touched) {
     auto days = storedDays(defaults, json);
     if (!days) return std::nullopt;
-    const auto forgotten = std::erase_if(*days, [&](const PaceDay& stored) {
-        if (!sensibleDates.contains(stored.date)) return true;
-        const Interval day = calendar.interval(calendar.day(stored.date));
-        return std::ranges::any_of(touched, [&](const Interval& interval) { return reachesInto(day, interval); });
-    });
-    return forgotten == 0 ? std::nullopt : std::move(days);
+    return dropTouched(*days, calendar, touched) == 0 ? std::nullopt : std::move(days);
 }
 
 }  // namespace

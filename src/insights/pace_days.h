@@ -29,8 +29,12 @@ std::vector<PaceDay> loadPaceDays(const DefaultsDomains& defaults, const JsonPar
 /// Replaces the stored days. What did not decode is kept under the key with ".unreadable" behind it.
 DefaultsResult savePaceDays(DefaultsDomains& defaults, const JsonParser& json, const std::vector<PaceDay>& days);
 
-/// Drops the stored days that `touched` intervals reach into, so that they are read anew. An interval that ends
-/// where it starts touches the day of its moment. What does not decode is left alone.
+/// Drops the days that `touched` intervals reach into, and those that are none. An interval that ends where it
+/// starts touches the day of its moment. Yields how many are gone.
+std::size_t dropTouched(std::vector<PaceDay>& days, const Calendar& calendar, std::span<const Interval> touched);
+
+/// Drops the stored days that `touched` intervals reach into, so that they are read anew. What does
+/// not decode is left alone.
 DefaultsResult forgetPaceDays(DefaultsDomains& defaults, const JsonParser& json, const Calendar& calendar,
                               std::span<const Interval> touched);
 

@@ -40,6 +40,11 @@ StepPaceBaselineStore::StepPaceBaselineStore(MainExecutor& executor, const Clock
     setDays(loadPaceDays(defaults, json));
 }
 
+void StepPaceBaselineStore::forget(std::span<const Interval> touched) {
+    std::vector<PaceDay> rest = days;
+    if (dropTouched(rest, settings_.calendar(), touched) > 0) setDays(std::move(rest));
+}
+
 std::optional<CancellableTask> StepPaceBaselineStore::refresh(HealthKitManager& healthKitManager) {
     if (refreshTask_) return refreshTask_;
     const Calendar calendar = settings_.calendar();

@@ -12,6 +12,7 @@
 #include "platform/user_defaults.h"
 
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace pedvar {
@@ -31,6 +32,9 @@ public:
     Published<std::vector<PaceDay>> days;                 // by date
     Published<std::optional<StepPaceBaseline>> baseline;  // none while too few days qualify
     Published<bool> isBuilding;                           // while a refresh runs that began with too few days
+
+    /// Lets the next refresh read the days anew that `touched` intervals reach into; those that are stored stay.
+    void forget(std::span<const Interval> touched);
 
     /// Drops the days that have left the span and reads the missing ones, newest first and one at a time; the
     /// baseline follows each. A day that cannot be read is missing until a later refresh. Yields the running

@@ -1,6 +1,9 @@
 #include "recording/activity_list.h"
 
+#include "core/content_hash.h"
+
 #include <algorithm>
+#include <cmath>
 #include <ranges>
 #include <string_view>
 #include <tuple>
@@ -10,7 +13,7 @@ namespace pedvar {
 
 namespace {
 
-constexpr std::string_view identifierPrefix = "HKWorkoutActivityType";
+constexpr std::string_view ownSource = "Pedvar";
 
 std::optional<ActivityType> typeOf(std::string_view kind) {
     for (const ActivityType type :
@@ -20,54 +23,55 @@ std::optional<ActivityType> typeOf(std::string_view kind) {
     return std::nullopt;
 }
 
-/// "TraditionalStrengthTraining" as people write it: "Traditional strength training".
-std::string spaced(std::string_view name) {
-    std::string result;
-    for (const char character : name) {
-        const bool isCapital = 'A' <= character && character <= 'Z';
-        if (isCapital && !result.empty()) result += ' ';
-        result += isCapital && !result.empty() ? static_cast<char>(character - 'A' + 'a') : character;
-    }
-    return result;
+/// The nearest moment that has a date; what was stored may be any number.
+Date dated(Date moment) {
+    using namespace std::chrono_literals;
+    constexpr Date first = dateOf(std::chrono::sys_days(1y / 1 / 2));
+    constexpr Date last = dateOf(std::chrono::sys_days(9999y / 12 / 30));
+    return std::clamp(moment, first, last);
 }
 
-Activity activityOf(const SavedSession& saved) {
-    const ActivitySession& session = saved.session;
-    return {.session = session.id,
-            .workout = std::nullopt,
-            .type = session.activityType,
-            .kind = std::string(displayName(session.activityType)),
-            .start = session.startTime,
-            .end = session.endTime.value_or(session.startTime + Seconds(session.duration)),
-            .duration = session.duration,
-            .steps = session.steps,
-            .distance = session.distance,
-            .calories = static_cast<double>(session.calories),
-            .elevationGain = session.elevationGain,
-            .elevationLoss = session.elevationLoss,
-            .hasRoute = saved.pointCount > 0,
-            .source = "Pedvar",
-            .copies = {}};
+/// The same each time that the workout is read, from whatever store.
+UUID idOf(const WorkoutData& workout) {
+    ContentHash hash;
+    hash.add(std::string_view(workout.activityType));
+    hash.add(workout.start.time_since_epoch().count());
+    hash.add(workout.end.time_since_epoch().count());
+    hash.add(std::string_view(workout.source.name));
+    return hash.uuid();
+}
+
+std::int64_t rounded(double amount) {
+    constexpr double highest = 1e15;
+    return std::llround(std::clamp(amount, 0.0, highest));
 }
 
 Activity activityOf(const WorkoutData& workout) {
+    constexpr std::string_view prefix = "HKWorkoutActivityType";
     std::string_view kind = workout.activityType;
-    if (kind.starts_with(identifierPrefix)) kind.remove_prefix(identifierPrefix.size());
-    return {.session = std::nullopt,
-            .workout = workout.id,
+    if (kind.starts_with(prefix)) kind.remove_prefix(prefix.size());
+    const bool hasRoute = workout.routeCount > 0;
+    return {.id = idOf(workout),
+            .isOfHistory = false,
             .type = typeOf(kind),
-            .kind = spaced(kind),
-            .start = workout.start,
-            .end = workout.end,
+            .kind = std::string(kind),
+            .start = dated(workout.start),
+            .end = dated(workout.end),
             .duration = workout.duration,
             .steps = std::nullopt,
             .distance = workout.distance,
-            .calories = workout.activeEnergy,
+            .calories = workout.activeEnergy.transform(rounded),
+            .averagePace = averagePace(workout.duration, workout.distance.value_or(0)),
             .elevationGain = workout.elevationGain,
             .elevationLoss = workout.elevationLoss,
-            .hasRoute = workout.routeCount > 0,
-            .source = workout.source.isOwn ? "Pedvar" : workout.source.name,
+            .points = hasRoute ? std::nullopt : std::optional<std::int64_t>(0),
+            .routeWorkout = hasRoute ? std::optional(workout.id) : std::nullopt,
+            .source = workout.source.isOwn ? std::string(ownSource) : workout.source.name,
             .copies = {}};
+}
+
+bool hasRoute(const Activity& activity) {
+    return activity.points != 0;
 }
 
 bool areCopies(const Activity& a, const Activity& b) {
@@ -82,26 +86,30 @@ void fill(std::optional<T>& value, const std::optional<T>& other) {
 }
 
 void takeOver(Activity& shown, const Activity& copy) {
-    fill(shown.workout, copy.workout);
     fill(shown.distance, copy.distance);
     fill(shown.calories, copy.calories);
+    fill(shown.averagePace, copy.averagePace);
     if (!shown.elevationGain && !shown.elevationLoss) {
         shown.elevationGain = copy.elevationGain;
         shown.elevationLoss = copy.elevationLoss;
     }
-    shown.hasRoute = shown.hasRoute || copy.hasRoute;
-    shown.copies.push_back(copy.source);
+    if (!hasRoute(shown)) {
+        shown.points = copy.points;
+        shown.routeWorkout = copy.routeWorkout;
+    }
+    shown.copies.push_back({copy.id, copy.source});
 }
 
 /// Puts the activities of one stretch of time into the list, those that are shown before others first.
 void addUnique(std::vector<Activity>& list, std::vector<Activity>& stretch) {
-    std::ranges::stable_sort(stretch, {}, [](const Activity& activity) {
-        return std::tuple(!activity.session, activity.source != "Pedvar", !activity.hasRoute, -activity.duration);
+    std::ranges::sort(stretch, {}, [](const Activity& activity) {
+        return std::tuple(!activity.isOfHistory, activity.source != ownSource, !hasRoute(activity),
+                          -activity.duration, activity.start);
     });
     const auto first = static_cast<std::ptrdiff_t>(list.size());
     for (Activity& activity : stretch) {
         const auto shown = std::find_if(list.begin() + first, list.end(), [&](const Activity& other) {
-            const bool areBothOfHistory = other.session && activity.session;
+            const bool areBothOfHistory = other.isOfHistory && activity.isOfHistory;
             return !areBothOfHistory && areCopies(other, activity);
         });
         if (shown == list.end()) {
@@ -115,12 +123,35 @@ void addUnique(std::vector<Activity>& list, std::vector<Activity>& stretch) {
 
 }  // namespace
 
+Activity activityOf(const SavedSession& saved) {
+    const ActivitySession& session = saved.session;
+    const bool isForeign = isImported(session);
+    return {.id = session.id,
+            .isOfHistory = true,
+            .type = session.activityType,
+            .kind = std::string(displayName(session.activityType)),
+            .start = dated(session.startTime),
+            .end = dated(session.endTime.value_or(session.startTime + Seconds(session.duration))),
+            .duration = session.duration,
+            .steps = isForeign ? std::nullopt : std::optional(session.steps),
+            .distance = session.distance,
+            .calories = session.calories,
+            .averagePace = session.averagePace,
+            .elevationGain = session.elevationGain,
+            .elevationLoss = session.elevationLoss,
+            .points = static_cast<std::int64_t>(saved.pointCount),
+            .routeWorkout = std::nullopt,
+            .source = std::string(isForeign ? "GPX" : ownSource),
+            .copies = {}};
+}
+
 std::vector<Activity> activityList(const std::deque<SavedSession>& history,
                                    const std::vector<WorkoutData>& workouts) {
     std::vector<Activity> all;
     for (const SavedSession& saved : history) all.push_back(activityOf(saved));
     for (const WorkoutData& workout : workouts) all.push_back(activityOf(workout));
-    std::ranges::stable_sort(all, {}, &Activity::start);
+    std::ranges::sort(all, {},
+                      [](const Activity& activity) { return std::tuple(activity.start, !activity.isOfHistory); });
 
     // Copies overlap, so that none is beyond a moment at which nothing was going on.
     std::vector<Activity> list, stretch;
@@ -131,7 +162,9 @@ std::vector<Activity> activityList(const std::deque<SavedSession>& history,
         stretch.push_back(std::move(activity));
     }
     addUnique(list, stretch);
-    std::ranges::stable_sort(list, std::greater(), &Activity::start);
+    std::ranges::sort(list, [](const Activity& one, const Activity& other) {
+        return std::tie(other.start, one.id) < std::tie(one.start, other.id);
+    });
     return list;
 }
 

@@ -12,25 +12,37 @@
 
 namespace pedvar {
 
-/// One activity, from the history, the health store, or both.
+/// One activity, from the history, the health store, or both; absent is what nobody knows of it.
 struct Activity {
-    std::optional<UUID> session;          // in the history
-    std::optional<std::int64_t> workout;  // in the health store
-    std::optional<ActivityType> type;     // none for what Pedvar does not record
-    std::string kind;                     // in English: "Walking", "Swimming"
+    /// An activity that is kept a second time.
+    struct Copy {
+        UUID id;
+        std::string source;
+        bool operator==(const Copy&) const = default;
+    };
+
+    UUID id;                           // the session's; that of a workout is made from what it is
+    bool isOfHistory = false;          // and can be changed
+    std::optional<ActivityType> type;  // none for what Pedvar does not record
+    std::string kind;                  // "Walking", "MindAndBody"
     Date start;
     Date end;
     double duration = 0;  // seconds without pauses
     std::optional<std::int64_t> steps;
-    std::optional<double> distance;       // metres
-    std::optional<double> calories;       // kilocalories
-    std::optional<double> elevationGain;  // metres
-    std::optional<double> elevationLoss;  // metres
-    bool hasRoute = false;
-    std::string source;               // who recorded it
-    std::vector<std::string> copies;  // sources of the copies that it stands for
+    std::optional<double> distance;            // metres
+    std::optional<std::int64_t> calories;      // kilocalories
+    std::optional<double> averagePace;         // minutes per kilometre
+    std::optional<double> elevationGain;       // metres
+    std::optional<double> elevationLoss;       // metres
+    std::optional<std::int64_t> points;        // of its route; none when they are not counted yet
+    std::optional<std::int64_t> routeWorkout;  // the workout whose routes are its own
+    std::string source;                        // who recorded it
+    std::vector<Copy> copies;                  // that it stands for
     bool operator==(const Activity&) const = default;
 };
+
+/// The session of the history as it is without copies.
+Activity activityOf(const SavedSession& saved);
 
 /// History and workouts as one list, newest first.
 ///

@@ -35,6 +35,9 @@ struct ActivitySession {
 };
 static_assert(isComplete<ActivitySession>);
 
+/// Whether the session came from another program.
+bool isImported(const ActivitySession& session);
+
 /// Minutes per kilometre of `duration` seconds over `distance` metres; none without distance, or where it is so
 /// short that there is no such number.
 std::optional<double> averagePace(double duration, double distance);

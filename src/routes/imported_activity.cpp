@@ -1,20 +1,18 @@
 #include "routes/imported_activity.h"
 
+#include "core/content_hash.h"
 #include "recording/elevation_calculator.h"
 #include "routes/route_summary.h"
 
 #include <algorithm>
-#include <bit>
 #include <chrono>
 #include <cmath>
-#include <cstdint>
 
 namespace pedvar {
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int contentVersion = 8;
 constexpr Seconds rounding{1};  // copies have their times rounded
 
 bool isUsualTime(Date time) {
@@ -22,35 +20,6 @@ bool isUsualTime(Date time) {
     constexpr Date end = dateOf(std::chrono::sys_days(9999y / 12 / 31));
     return first <= time && time < end;
 }
-
-/// 128 bits that differ for almost all different inputs. Not against people who look for equal ones.
-class ContentHash {
-public:
-    void add(double value) {
-        const auto bits = std::bit_cast<std::uint64_t>(value);
-        first_ = mixed(first_ ^ bits);
-        second_ = mixed(second_ + (bits ^ 0x9E3779B97F4A7C15));
-    }
-
-    UUID::Bytes bytes() const {
-        UUID::Bytes bytes{};
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            bytes[i] = static_cast<std::uint8_t>((i < 8 ? first_ : second_) >> (i % 8 * 8));
-        }
-        return bytes;
-    }
-
-private:
-    /// The finaliser of SplitMix64.
-    static std::uint64_t mixed(std::uint64_t value) {
-        value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
-        value = (value ^ (value >> 27)) * 0x94D049BB133111EB;
-        return (value ^ (value >> 31)) + 0x9E3779B97F4A7C15;
-    }
-
-    std::uint64_t first_ = 1;
-    std::uint64_t second_ = 2;
-};
 
 /// The moments of the first and the last of some points.
 struct Span {
@@ -121,7 +90,7 @@ std::optional<ImportedActivity> importedActivity(const GPXDocument& document, Ac
     }
     const std::size_t timed = gathering.route.size();
     if (timed < 2 || timed < imported.pointsWithoutTime) return std::nullopt;
-    session.id = UUID::ofContent(gathering.hash.bytes());
+    session.id = gathering.hash.uuid();
     session.activityType = type;
     session.startTime = gathering.whole.first;
     session.endTime = gathering.whole.last;
@@ -134,10 +103,6 @@ std::optional<ImportedActivity> importedActivity(const GPXDocument& document, Ac
         session.elevationLoss = gathering.climb.loss;
     }
     return imported;
-}
-
-bool isImported(const ActivitySession& session) {
-    return session.id.version() == contentVersion;
 }
 
 std::optional<UUID> sameActivity(const ActivitySession& session, const SessionHistory& history) {

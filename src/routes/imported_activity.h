@@ -22,9 +22,6 @@ struct ImportedActivity {
 std::optional<ImportedActivity> importedActivity(const GPXDocument& document, ActivityType type,
                                                  RandomSource& random);
 
-/// Whether the session came from another program.
-bool isImported(const ActivitySession& session);
-
 /// The session of the history that is the same activity: the same track imported before, or our own recording of
 /// which it is an exported copy.
 std::optional<UUID> sameActivity(const ActivitySession& session, const SessionHistory& history);

@@ -1,14 +1,18 @@
 #include "apps/cli/interruption.h"
 #include "cli/run_pedvar.h"
 #include "cli/sample_data.h"
+#include "core/calendar.h"
+#include "insights/pace_days.h"
+#include "linux/health/health_administration.h"
+#include "linux/health/health_database.h"
+#include "linux/health/sample_writer.h"
+#include "linux/system/absl_zone.h"
+#include "linux/system/clocks.h"
 #include "linux/system/nlohmann_json_parser.h"
+#include "linux/system/sqlite_defaults.h"
 #include "linux/system/sqlite_document_parts.h"
 #include "recording/session_history.h"
 #include "support/sample_sessions.h"
-#include "core/calendar.h"
-#include "linux/system/absl_zone.h"
-#include "linux/system/clocks.h"
-#include "linux/system/sqlite_defaults.h"
 #include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
@@ -18,6 +22,8 @@
 
 namespace pedvar {
 namespace {
+
+using namespace std::chrono_literals;
 
 struct Writing {
     Outcome run(std::vector<std::string> arguments) {
@@ -201,6 +207,68 @@ TEST_CASE_FIXTURE(Writing, "an activity is named anew, written over an old file,
     CHECK(run({"activity", "last", "--delete", "--yes", "--json"}).output.ends_with("\"deleted\":true}\n"));
     CHECK(run({"activities", "--json"}).output == "{\"activities\":[]}\n");
     CHECK(std::ranges::distance(std::filesystem::directory_iterator(folder.path())) == 3);  // nothing unfinished
+}
+
+TEST_CASE_FIXTURE(Writing, "a workout of an export is an activity, and the copy of one that is there already") {
+    writeFile(folder / "export.xml", R"(<HealthData locale="en_GB">
+ <ExportDate value="2024-05-01 18:00:00 +0200"/>
+ <Workout workoutActivityType="HKWorkoutActivityTypeWalking" duration="50" durationUnit="min" sourceName="Watch"
+  startDate="2024-04-30 06:30:00 +0200" endDate="2024-04-30 07:20:00 +0200"><WorkoutRoute>
+  <Location date="2024-04-30 06:31:00 +0200" latitude="52.5" longitude="13.4"/>
+  <Location date="2024-04-30 06:41:00 +0200" latitude="52.51" longitude="13.4"/>
+ </WorkoutRoute></Workout>
+</HealthData>
+)");
+    run({"import", "export.xml"});
+    const auto idOf = [&] {
+        const auto document = NlohmannJsonParser().parse(run({"activity", "last", "--json"}).output);
+        return *document->member("id")->as<std::string>();
+    };
+    const std::string workout = idOf();
+    CHECK(run({"activities", "--json"}).output.contains("\"points\":null,\"source\":\"Watch\""));
+    CHECK(run({"activity", workout.substr(0, 6), "--json"}).output.contains("\"points\":2,"));
+    CHECK(run({"export", workout, "-o", "workout.gpx"}).output == "2 points are in workout.gpx.\n");
+    for (const char* change : {"--type=run", "--delete"}) {
+        const Outcome refused = runPedvar(folder.path(), {"activity", "last", change, "--data", "data"});
+        CHECK(refused.exitCode == 1);
+        CHECK(refused.errors.contains("a workout of the health store, by Watch"));
+    }
+
+    writeFile(folder / "walk.gpx", sampleTrack());
+    run({"import", "walk.gpx", "--as", "walk"});
+    CHECK(idOf() != workout);
+    CHECK(run({"activity", workout}).output == run({"activity", "last"}).output);
+    CHECK(run({"activity", "last", "--delete", "--yes"}).output.contains("from Watch is listed from now on"));
+    CHECK(idOf() == workout);
+}
+
+TEST_CASE_FIXTURE(Writing, "the pace is not taken from stored days that an import has changed since") {
+    writeSampleStore(folder / "data");
+    HealthDatabase database(folder / "data/health.sqlite");
+    REQUIRE(HealthAdministration(database).settleChangedDays([](const ChangedDays&) { return true; }));
+    const std::vector<std::string> pace{"pace", "--now", sampleNow, "--json"};
+    const std::string right = run(pace).output;
+    {
+        SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readWrite);
+        const auto berlin = AbslZone::named("Europe/Berlin");
+        std::vector<PaceDay> days;
+        for (int i = 1; i <= 28; ++i) {
+            days.push_back(
+                {Calendar(*berlin, 2).start(Day{2024y / 5 / 1} - std::chrono::days(i)), {100, 200, 300}});
+        }
+        REQUIRE(savePaceDays(defaults, NlohmannJsonParser(), days));
+    }
+    CHECK(run(pace).output.contains("\"dayCount\":28"));
+    CHECK(run(pace).output != right);
+    SampleWriter writer(database);
+    const auto phone = writer.source({.kind = SourceKind::phone, .name = "Other", .hardware = ""});
+    const auto series = writer.series(HKQuantityTypeIdentifierStepCount, "count");
+    REQUIRE(series.has_value());
+    std::vector<SampleRow> rows;
+    const Milliseconds midnight = millisecondsOf(dateOf(std::chrono::sys_days(2024y / 4 / 2)));
+    for (int i = 1; i <= 28; ++i) rows.push_back({*series, *phone, midnight + i * 86'400'000LL, 0, 0});
+    REQUIRE(writer.write(rows));
+    CHECK(run(pace).output == right);
 }
 
 TEST_CASE_FIXTURE(Writing, "what is stored is for its owner only") {

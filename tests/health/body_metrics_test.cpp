@@ -79,13 +79,10 @@ TEST_CASE_FIXTURE(Body, "a target weight that the watch keeps follows the person
     REQUIRE(defaults.write({{defaults.shared(), "targetWeight", 75.0}}));
     time.run(manager.refreshToday());
     CHECK(body.personalMetrics->targetWeight == 75);
-    PersonalMetrics metrics = body.personalMetrics;
-    metrics.targetWeight = 72;
-    REQUIRE(body.savePersonalMetrics(metrics));
+    REQUIRE(body.changePersonalMetrics([](PersonalMetrics& metrics) { metrics.targetWeight = 72; }));
     time.run(manager.refreshToday());
     CHECK(body.personalMetrics->targetWeight == 72);
-    metrics.targetWeight.reset();
-    REQUIRE(body.savePersonalMetrics(metrics));
+    REQUIRE(body.changePersonalMetrics([](PersonalMetrics& metrics) { metrics.targetWeight.reset(); }));
     time.run(manager.refreshToday());
     CHECK(!body.personalMetrics->targetWeight);
 }

@@ -7,7 +7,9 @@
 
 #include <doctest/doctest.h>
 
+#include <functional>
 #include <limits>
+#include <utility>
 
 using namespace pedvar;
 using namespace std::chrono;
@@ -79,7 +81,7 @@ TEST_CASE_FIXTURE(Settings, "shared values are adopted, and absent keys are no n
     REQUIRE(settings.setDailyGoal(9000, today - days(9)));
     auto metrics = settings.personalMetrics();
     metrics.targetWeight = 70;
-    REQUIRE(settings.savePersonalMetrics(metrics));
+    REQUIRE(settings.changePersonalMetrics([&](PersonalMetrics& stored) { stored = metrics; }));
     const auto before = defaults.standardDomain.values;
 
     REQUIRE(settings.adoptSharedValues(today));
@@ -114,6 +116,36 @@ TEST_CASE_FIXTURE(Settings, "shared values are adopted, and absent keys are no n
     REQUIRE(settings.adoptSharedValues(today));
     CHECK(!settings.personalMetrics().targetWeight);
     CHECK(settings.preferences().distanceUnit == DistanceUnit::kilometers);
+}
+
+TEST_CASE_FIXTURE(Settings, "what was shared before somebody chose anew is not adopted after it") {
+    /// Where another process is first.
+    struct Overtaken : FakeDefaults {
+        using FakeDefaults::FakeDefaults;
+        std::function<void()> somebodyElse;
+        DefaultsResult update(const std::function<std::vector<DefaultsChange>()>& plan) override {
+            if (somebodyElse) std::exchange(somebodyElse, {})();
+            return FakeDefaults::update(plan);
+        }
+    };
+    Overtaken overtaken(trace);
+    SettingsStore slow(overtaken, json, locale), quick(overtaken, json, locale);
+    overtaken.sharedDomain.values["dailyStepGoal"] = std::int64_t{9000};
+    overtaken.somebodyElse = [&] { CHECK(quick.setDailyGoal(7000, today)); };
+    REQUIRE(slow.adoptSharedValues(today));
+    CHECK(slow.personalMetrics().dailyStepGoal == 7000);
+
+    overtaken.sharedDomain.values["targetWeight"] = 75.0;
+    overtaken.somebodyElse = [&] {
+        CHECK(quick.changePersonalMetrics([](PersonalMetrics& metrics) { metrics.targetWeight = 72; }));
+    };
+    REQUIRE(slow.adoptSharedValues(today));
+    CHECK(slow.personalMetrics().targetWeight == 72);
+    overtaken.somebodyElse = [&] {
+        CHECK(quick.changePersonalMetrics([](PersonalMetrics& metrics) { metrics.gender = Gender::other; }));
+    };
+    REQUIRE(slow.changePersonalMetrics([](PersonalMetrics& metrics) { metrics.age = 44; }));
+    CHECK(slow.personalMetrics().gender == Gender::other);
 }
 
 TEST_CASE_FIXTURE(Settings, "a goal that one of the files has lost comes back from the other") {
@@ -185,7 +217,7 @@ TEST_CASE_FIXTURE(Settings, "age and gender of an import give way to what was ty
     auto metrics = settings.personalMetrics();
     metrics.age = 39;
     metrics.ageSource = DataSource::manual;
-    REQUIRE(settings.savePersonalMetrics(metrics));
+    REQUIRE(settings.changePersonalMetrics([&](PersonalMetrics& stored) { stored = metrics; }));
     REQUIRE(settings.adoptCharacteristics(42, Gender::other));
     CHECK(settings.personalMetrics().age == 39);
     CHECK(settings.personalMetrics().gender == Gender::other);

@@ -204,6 +204,7 @@ TEST_CASE_FIXTURE(HealthStoreFixture, "a second copy of a sample adds nothing an
     samples.push_back({phone, 21 * day, 0, 1});
     CHECK(again.write(rows(samples))->samplesAdded == 2);
     const ChangedDays expected{{HKQuantityTypeIdentifierStepCount, {{at(20 * day), at(22 * day)}}}};
+    CHECK(administration.changedDays() == expected);
     CHECK(administration.settleChangedDays([&](const ChangedDays& changed) { return changed != expected; }));
     CHECK(changedDays() == expected);  // refused above, so they were not forgotten
     CHECK(changedDays().empty());

@@ -29,7 +29,7 @@ std::string sources(const std::vector<Activity>& list) {
     for (const Activity& activity : list) {
         if (!result.empty()) result += ' ';
         result += activity.source;
-        for (const std::string& copy : activity.copies) result += "+" + copy;
+        for (const Activity::Copy& copy : activity.copies) result += "+" + copy.source;
     }
     return result;
 }
@@ -50,6 +50,7 @@ TEST_CASE("the history stands before workouts, an own one before one with a rout
     WorkoutData own = workout(0, 50, "Pedvar");
     own.source.isOwn = true;
     WorkoutData watch = workout(0, 60, "Watch");
+    watch.id = 7;
     watch.routeCount = 1;
     watch.elevationGain = 12;
     watch.distance = 4000;
@@ -61,13 +62,30 @@ TEST_CASE("the history stands before workouts, an own one before one with a rout
     REQUIRE(list.size() == 2);  // two sessions of the history are never one
     CHECK(list[0].distance == 4100);
     CHECK(list[0].elevationGain == 12);
-    CHECK(list[0].hasRoute);
-    CHECK(list[0].workout == 0);
+    CHECK(!list[0].points);
+    CHECK(list[0].routeWorkout == 7);
+    CHECK(list[0].id == session.session.id);
+    CHECK(list[0].copies.front().id == activityList({}, {watch}).front().id);
 }
 
-TEST_CASE("activities that Pedvar does not record keep their name") {
+TEST_CASE("a workout is known by what it is, not by where it stands in a store") {
+    WorkoutData moved = workout(0, 60, "A");
+    moved.id = 12;
+    moved.source.id = 5;
+    moved.distance = 5000;
+    const Activity known = activityList({}, {workout(0, 60, "A")}).front();
+    const Activity same = activityList({}, {moved}).front();
+    CHECK(same.id == known.id);
+    CHECK(same.averagePace == 12);
+    for (const WorkoutData& other :
+         {workout(0, 60, "B"), workout(0, 61, "A"), workout(1, 60, "A"), workout(0, 60, "A", "Hiking")}) {
+        CHECK(activityList({}, {other}).front().id != known.id);
+    }
+}
+
+TEST_CASE("only what Pedvar records has a type") {
     const auto list = activityList({}, {workout(0, 1, "A", "Hiking"), workout(5, 6, "A", "MindAndBody")});
-    CHECK(list[0].kind == "Mind and body");
+    CHECK(list[0].kind == "MindAndBody");
     CHECK(!list[0].type);
     CHECK(list[1].type == ActivityType::hike);
 }

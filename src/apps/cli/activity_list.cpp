@@ -1,13 +1,13 @@
 #include "apps/cli/activity_list.h"
 
+#include "apps/cli/application.h"
+#include "apps/cli/health.h"
 #include "apps/cli/moment.h"
 #include "core/reflection.h"
-#include "routes/imported_activity.h"
 
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <tuple>
 
 namespace pedvar {
 namespace {
@@ -23,12 +23,25 @@ bool beginsWith(std::string_view id, std::string_view prefix) {
            std::ranges::equal(id.substr(0, prefix.size()), prefix, {}, {}, upperCase);
 }
 
-/// The nearest moment that has a date; what was stored may be any number.
-Date dated(Date moment) {
-    using namespace std::chrono_literals;
-    constexpr Date first = dateOf(std::chrono::sys_days(1y / 1 / 2));
-    constexpr Date last = dateOf(std::chrono::sys_days(9999y / 12 / 30));
-    return std::clamp(moment, first, last);
+/// "MindAndBody" as people write it: "Mind and body".
+std::string spaced(std::string_view kind) {
+    std::string result;
+    for (const char character : kind) {
+        const bool startsWord = 'A' <= character && character <= 'Z' && !result.empty();
+        if (startsWord) result += ' ';
+        result += startsWord ? static_cast<char>(character - 'A' + 'a') : character;
+    }
+    return result;
+}
+
+/// "walk", "mindAndBody".
+std::string documentName(const Activity& activity) {
+    if (activity.type) return std::string(caseName(*activity.type));
+    std::string name = activity.kind;
+    if (!name.empty() && 'A' <= name.front() && name.front() <= 'Z') {
+        name.front() = static_cast<char>(name.front() - 'A' + 'a');
+    }
+    return name;
 }
 
 template <class Value>
@@ -38,44 +51,27 @@ JsonValue orNull(const std::optional<Value>& value) {
 
 }  // namespace
 
-ListedActivity listed(const ActivitySession& session, std::size_t points, const Texts& text) {
-    const bool isForeign = isImported(session);
-    return {
-        .id = session.id.text(),
-        .activityType = std::string(caseName(session.activityType)),
-        .typeName = nameOf(session.activityType, text),
-        .startTime = dated(session.startTime),
-        .endTime = session.endTime.transform(dated),
-        .steps = isForeign ? std::nullopt : std::optional(session.steps),
-        .distance = session.distance,
-        .duration = session.duration,
-        .calories = session.calories,
-        .averagePace = session.averagePace,
-        .elevationGain = session.elevationGain,
-        .elevationLoss = session.elevationLoss,
-        .points = static_cast<std::int64_t>(points),
-        .source = isForeign ? "GPX" : "Pedvar",
-    };
+CommandResult<std::vector<Activity>> activitiesOf(Application& application) {
+    using namespace std::chrono_literals;
+    constexpr Interval always{dateOf(std::chrono::sys_days(1y / 1 / 1)),
+                              dateOf(std::chrono::sys_days(9999y / 12 / 31))};
+    const auto health = application.health();
+    if (!health) return std::unexpected(health.error());
+    const auto workouts = application.loop().run((*health)->manager.workouts().fetchWorkouts(always));
+    return activityList(application.sessions().savedSessions(), workouts);
 }
 
-std::vector<ListedActivity> activitiesOf(const SessionHistory& history, const Texts& text) {
-    std::vector<ListedActivity> result;
-    for (const SavedSession& saved : history.savedSessions()) {
-        result.push_back(listed(saved.session, saved.pointCount, text));
-    }
-    std::ranges::sort(result, [](const ListedActivity& one, const ListedActivity& other) {
-        return std::tie(other.startTime, one.id) < std::tie(one.startTime, other.id);
-    });
-    return result;
-}
-
-CommandResult<ListedActivity> activityNamed(std::string_view name, const std::vector<ListedActivity>& activities,
-                                            const Texts& text) {
+CommandResult<Activity> activityNamed(std::string_view name, const std::vector<Activity>& activities,
+                                      const Texts& text) {
     if (activities.empty()) {
         return std::unexpected(CommandError{ErrorKind::unknownActivity, text("There are no activities yet.")});
     }
     if (name == newest) return activities.front();
-    const auto isMeant = [&](const ListedActivity& activity) { return beginsWith(activity.id, name); };
+    const auto isMeant = [&](const Activity& activity) {
+        return beginsWith(activity.id.text(), name) ||
+               std::ranges::any_of(activity.copies,
+                                   [&](const Activity::Copy& copy) { return beginsWith(copy.id.text(), name); });
+    };
     const auto first = std::ranges::find_if(activities, isMeant);
     if (name.empty() || first == activities.end()) {
         return std::unexpected(
@@ -96,49 +92,40 @@ CommandResult<ActivityType> activityTypeNamed(std::string_view name, const Texts
                            fmt::format("{}", fmt::join(caseNames<ActivityType>, ", "))));
 }
 
-std::string nameOf(ActivityType type, const Texts& text) {
-    switch (type) {
-        case ActivityType::walk:
-            return text("Walking");
-        case ActivityType::run:
-            return text("Running");
-        case ActivityType::hike:
-            return text("Hiking");
-        case ActivityType::cycle:
-            return text("Cycling");
-    }
-    return {};
+std::string nameOf(const Activity& activity, const Texts& text) {
+    return text.lookUp(spaced(activity.kind));
 }
 
-std::string titleOf(const ListedActivity& activity, const Screen& screen, const Calendar& calendar) {
-    const LocalTime start = calendar.localTime(activity.startTime);
+std::string titleOf(const Activity& activity, const Screen& screen, const Calendar& calendar) {
+    const LocalTime start = calendar.localTime(activity.start);
     const Day day = std::chrono::floor<std::chrono::days>(start);
-    return screen.text("{0}, {1} {2}", activity.typeName, screen.figures.date(day), screen.figures.time(start));
+    return screen.text("{0}, {1} {2}", nameOf(activity, screen.text), screen.figures.date(day),
+                       screen.figures.time(start));
 }
 
-std::string shortId(std::string_view id) {
-    return std::string(id.substr(0, shownDigits));
+std::string shortId(UUID id) {
+    return id.text().substr(0, shownDigits);
 }
 
-std::string paceOf(const ListedActivity& activity, double secondsPerMeter, const Figures& figures) {
-    const bool isCycling = activity.activityType == caseName(ActivityType::cycle);
+std::string paceOf(const Activity& activity, double secondsPerMeter, const Figures& figures) {
+    const bool isCycling = activity.type == ActivityType::cycle;
     return isCycling && secondsPerMeter > 0 ? figures.speed(1 / secondsPerMeter) : figures.pace(secondsPerMeter);
 }
 
-JsonObject activityDocument(const ListedActivity& activity, const Calendar& calendar) {
+JsonObject activityDocument(const Activity& activity, const Calendar& calendar) {
     return {
-        {"id", {activity.id}},
-        {"activityType", {activity.activityType}},
-        {"startTime", {isoText(activity.startTime, calendar)}},
-        {"endTime", activity.endTime ? JsonValue{isoText(*activity.endTime, calendar)} : JsonValue{}},
+        {"id", {activity.id.text()}},
+        {"activityType", {documentName(activity)}},
+        {"startTime", {isoText(activity.start, calendar)}},
+        {"endTime", {isoText(activity.end, calendar)}},
         {"steps", orNull(activity.steps)},
         {"distance", orNull(activity.distance)},
-        {"duration", orNull(activity.duration)},
+        {"duration", {activity.duration}},
         {"calories", orNull(activity.calories)},
         {"averagePace", orNull(activity.averagePace)},
         {"elevationGain", orNull(activity.elevationGain)},
         {"elevationLoss", orNull(activity.elevationLoss)},
-        {"points", {activity.points}},
+        {"points", orNull(activity.points)},
         {"source", {activity.source}},
     };
 }

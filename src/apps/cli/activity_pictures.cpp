@@ -237,7 +237,7 @@ std::string elevationPicture(std::span<const CLLocation> points, std::span<const
     return result + bottom + axis.substr(axisWidth - 1);
 }
 
-std::string splitTable(std::span<const Split> splits, const ListedActivity& activity, const Screen& screen) {
+std::string splitTable(std::span<const Split> splits, const Activity& activity, const Screen& screen) {
     constexpr std::size_t barWidth = 28;
     const Figures& figures = screen.figures;
     double fastest = 0;  // metres per second

@@ -19,6 +19,6 @@ std::string elevationPicture(std::span<const CLLocation> points, std::span<const
 
 /// One line for each kilometre or mile: the moving time until its end, its pace, climb and descent. Empty without
 /// splits.
-std::string splitTable(std::span<const Split> splits, const ListedActivity& activity, const Screen& screen);
+std::string splitTable(std::span<const Split> splits, const Activity& activity, const Screen& screen);
 
 }  // namespace pedvar

@@ -25,6 +25,7 @@ enum class ErrorKind {
     noTimes,            // a GPX file to import without times
     unknownActivity,    // no activity has such an identifier
     ambiguousActivity,  // several have
+    notChangeable,      // an activity of the health store, which is kept as it was imported
     noRoute,            // an activity has no route to write, or nothing is left of it
     fileExists,         // a file to write is there already
     truncated,          // a file to import ends too early; what was readable is stored

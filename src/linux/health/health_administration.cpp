@@ -194,7 +194,7 @@ std::vector<LoosePermissions> loosePermissions(const std::filesystem::path& fold
     return loose;
 }
 
-ChangedDays changedDays(Connection& connection) {
+ChangedDays notedDays(Connection& connection) {
     ChangedDays changed;
     Rows rows = connection.query(
         "SELECT identifier, day FROM changed_days JOIN series ON series.id = series ORDER BY identifier, day");
@@ -267,17 +267,19 @@ StoreResult<> HealthAdministration::setOrder(std::span<const std::string> labels
     return changeTotals(database_, change, progress);
 }
 
+StoreResult<ChangedDays> HealthAdministration::changedDays() const {
+    return look(database_, ChangedDays(), notedDays);
+}
+
 StoreResult<> HealthAdministration::settleChangedDays(const std::function<bool(const ChangedDays&)>& act) {
-    const auto hasAny = look(database_, false, [](Connection& connection) {
-        return connection.number("SELECT EXISTS (SELECT 1 FROM changed_days)") != 0;
-    });
-    if (!hasAny) return std::unexpected(hasAny.error());
-    if (!*hasAny) return {};
+    const auto noted = changedDays();
+    if (!noted) return std::unexpected(noted.error());
+    if (noted->empty()) return {};
     auto connection = database_.connectForWriting();
     if (!connection) return std::unexpected(std::move(connection.error()));
     return attempt(database_.name(), [&] {
         Transaction transaction(*connection, Transaction::Kind::write);
-        if (!act(changedDays(*connection))) return;
+        if (!act(notedDays(*connection))) return;
         connection->run("DELETE FROM changed_days");
         transaction.commit();
     });

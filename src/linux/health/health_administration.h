@@ -73,8 +73,10 @@ public:
     /// made anew; `progress` as in SampleWriter::refreshTotals.
     StoreResult<> setOrder(std::span<const std::string> labels, const std::function<bool(double)>& progress = {});
 
-    /// Hands `act` the intervals in which sums have changed since it last succeeded, while nobody changes more of
-    /// them. Calls nobody when none has.
+    /// The intervals in which sums have changed since that was last settled.
+    StoreResult<ChangedDays> changedDays() const;
+    /// Hands them to `act` while nobody changes more of them, and forgets them when it succeeds. Calls nobody when
+    /// there are none.
     StoreResult<> settleChangedDays(const std::function<bool(const ChangedDays&)>& act);
 
     /// Looks at everything and changes nothing; takes seconds for a large store.

@@ -1,5 +1,6 @@
 #include "apps/cli/activity_list.h"
 #include "apps/cli/activity_pictures.h"
+#include "apps/cli/activity_route.h"
 #include "apps/cli/application.h"
 #include "apps/cli/charts.h"
 #include "apps/cli/commands/command.h"
@@ -15,16 +16,21 @@ namespace {
 
 /// An activity with what its route tells.
 struct Whole {
-    ListedActivity activity;
+    Activity activity;
     std::vector<CLLocation> points;
     std::vector<WayMark> marks;
     std::vector<Split> splits;
+    std::optional<CommandError> problem;
 };
 
-Whole wholeOf(const ListedActivity& activity, Application& application, const Figures& figures) {
-    Whole whole{.activity = activity, .points = {}, .marks = {}, .splits = {}};
-    const auto session = application.sessions().wholeSession(*UUID::fromText(activity.id));
-    for (const LocationPoint& point : session->route) whole.points.push_back(locationOf(point));
+Whole wholeOf(const Activity& activity, Application& application, const Figures& figures) {
+    ActivityRoute route = routeOf(activity, application);
+    Whole whole{.activity = activity, .points = std::move(route.points), .marks = {}, .splits = {}, .problem = {}};
+    whole.activity.points = std::ssize(whole.points);
+    if (route.unreadableCount > 0) {
+        whole.problem =
+            CommandError{ErrorKind::damaged, application.text()("The route of this activity cannot be read.")};
+    }
     whole.marks = marksAlong(whole.points);
     whole.splits = splitsOf(whole.marks, figures.unitLength());
     return whole;
@@ -51,10 +57,10 @@ JsonObject document(const Whole& whole, const Calendar& calendar) {
 
 std::string facts(const Whole& whole, const Screen& screen) {
     const Figures& figures = screen.figures;
-    const ListedActivity& activity = whole.activity;
+    const Activity& activity = whole.activity;
     std::vector<std::pair<std::string, std::string>> lines;
     if (activity.distance) lines.emplace_back(screen.text("Distance"), figures.distance(*activity.distance));
-    if (activity.duration) lines.emplace_back(screen.text("Time"), figures.duration(*activity.duration));
+    lines.emplace_back(screen.text("Time"), figures.duration(activity.duration));
     if (const auto movingTime = movingTimeOf(whole)) {
         lines.emplace_back(screen.text("Moving"), figures.duration(*movingTime));
     }
@@ -97,8 +103,7 @@ bool isConfirmed(const std::string& question) {
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
-CommandResult<Report> deleted(const ListedActivity& activity, const ActivityRequest& request,
-                              Application& application) {
+CommandResult<Report> deleted(const Activity& activity, const ActivityRequest& request, Application& application) {
     const Screen screen = application.screen();
     const std::string title = titleOf(activity, screen, application.settings().calendar());
     bool isWanted = request.deletion == ActivityRequest::Deletion::atOnce;
@@ -109,23 +114,28 @@ CommandResult<Report> deleted(const ListedActivity& activity, const ActivityRequ
         isWanted = isConfirmed(screen.text("Delete \"{}\" with its route? [y/N] ", title));
     }
     if (isWanted) {
-        const auto removed = commandResult(application.sessions().remove(*UUID::fromText(activity.id)));
+        const auto removed = commandResult(application.sessions().remove(activity.id));
         if (!removed) return std::unexpected(removed.error());
     }
-    if (application.wantsJson()) return Report{JsonObject{{"id", {activity.id}}, {"deleted", {isWanted}}}};
-    return Report{(isWanted ? screen.text("Deleted: {}.", title) : screen.text("Nothing was deleted.")) + "\n"};
+    if (application.wantsJson()) return Report{JsonObject{{"id", {activity.id.text()}}, {"deleted", {isWanted}}}};
+    if (!isWanted) return Report{screen.text("Nothing was deleted.") + "\n"};
+    std::string said = screen.text("Deleted: {}.", title) + "\n";
+    for (const Activity::Copy& copy : activity.copies) {
+        said +=
+            screen.text("The copy that the health store has from {} is listed from now on.", copy.source) + "\n";
+    }
+    return Report{std::move(said)};
 }
 
-CommandResult<Report> changed(ListedActivity activity, const std::string& typeName, Application& application) {
+CommandResult<Report> changed(Activity activity, const std::string& typeName, Application& application) {
     const auto type = activityTypeNamed(typeName, application.text());
     if (!type) return std::unexpected(type.error());
     SessionHistory& history = application.sessions();
-    const UUID id = *UUID::fromText(activity.id);
-    if (const auto saved = commandResult(history.changeType(id, *type)); !saved) {
+    if (const auto saved = commandResult(history.changeType(activity.id, *type)); !saved) {
         return std::unexpected(saved.error());
     }
-    activity.activityType = caseName(*type);
-    activity.typeName = nameOf(*type, application.text());
+    activity.type = *type;
+    activity.kind = displayName(*type);
     const Calendar calendar = application.settings().calendar();
     if (application.wantsJson()) return Report{activityDocument(activity, calendar)};
     const Screen screen = application.screen();
@@ -135,16 +145,25 @@ CommandResult<Report> changed(ListedActivity activity, const std::string& typeNa
 }  // namespace
 
 CommandResult<Report> run(const ActivityRequest& request, Application& application) {
-    const auto activities = activitiesOf(application.sessions(), application.text());
-    const auto activity = activityNamed(request.activity, activities, application.text());
+    const auto activities = activitiesOf(application);
+    if (!activities) return std::unexpected(activities.error());
+    const auto activity = activityNamed(request.activity, *activities, application.text());
     if (!activity) return std::unexpected(activity.error());
-    if (request.deletion != ActivityRequest::Deletion::none) return deleted(*activity, request, application);
-    if (request.type) return changed(*activity, *request.type, application);
     const Screen screen = application.screen();
     const Calendar calendar = application.settings().calendar();
-    const Whole whole = wholeOf(*activity, application, screen.figures);
-    if (application.wantsJson()) return Report{document(whole, calendar)};
-    return Report{view(whole, screen, calendar)};
+    const bool isToDelete = request.deletion != ActivityRequest::Deletion::none;
+    if ((isToDelete || request.type) && !activity->isOfHistory) {
+        return std::unexpected(
+            CommandError{ErrorKind::notChangeable,
+                         application.text()(
+                             "\"{0}\" is a workout of the health store, by {1}; those stay as they were imported.",
+                             titleOf(*activity, screen, calendar), activity->source)});
+    }
+    if (isToDelete) return deleted(*activity, request, application);
+    if (request.type) return changed(*activity, *request.type, application);
+    Whole whole = wholeOf(*activity, application, screen.figures);
+    if (application.wantsJson()) return Report{document(whole, calendar), std::move(whole.problem)};
+    return Report{view(whole, screen, calendar), std::move(whole.problem)};
 }
 
 }  // namespace pedvar

@@ -1,4 +1,5 @@
 #include "apps/cli/activity_list.h"
+#include "apps/cli/activity_route.h"
 #include "apps/cli/application.h"
 #include "apps/cli/commands/arguments.h"
 #include "apps/cli/commands/command.h"
@@ -26,7 +27,7 @@ void write(const ExportedRoute& route, const TextSink& sink) {
 }
 
 /// Removes what lies so near to both ends. That the walk then begins later is part of what is hidden.
-CommandResult<void> hideHome(std::vector<CLLocation>& points, ListedActivity& activity, const std::string& metres,
+CommandResult<void> hideHome(std::vector<CLLocation>& points, Activity& activity, const std::string& metres,
                              const Texts& text) {
     const auto radius = numberNamed(metres);
     if (!radius || !(*radius > 0) || !std::isfinite(*radius)) {
@@ -39,19 +40,21 @@ CommandResult<void> hideHome(std::vector<CLLocation>& points, ListedActivity& ac
                          text("Without {} metres around both ends, nothing is left of the route.", metres)});
     }
     points = std::vector(rest.begin(), rest.end());
-    activity.startTime = points.front().timestamp;
+    activity.start = points.front().timestamp;
     return {};
 }
 
-CommandResult<ExportedRoute> routeOf(ListedActivity activity, const ExportRequest& request,
-                                     Application& application) {
+CommandResult<ExportedRoute> exportedRoute(Activity activity, const ExportRequest& request,
+                                           Application& application) {
     const Texts& text = application.text();
     const Calendar calendar = application.settings().calendar();
-    const auto session = application.sessions().wholeSession(*UUID::fromText(activity.id));
-    std::vector<CLLocation> points;
-    for (const LocationPoint& point : session->route) points.push_back(locationOf(point));
+    const std::string title = titleOf(activity, application.screen(), calendar);
+    auto [points, unreadableCount] = routeOf(activity, application);
+    if (unreadableCount > 0) {
+        return std::unexpected(
+            CommandError{ErrorKind::damaged, text("The route of \"{}\" cannot be read.", title)});
+    }
     if (points.empty()) {
-        const std::string title = titleOf(activity, application.screen(), calendar);
         return std::unexpected(
             CommandError{ErrorKind::noRoute, text("\"{}\" was recorded without a route.", title)});
     }
@@ -60,8 +63,8 @@ CommandResult<ExportedRoute> routeOf(ListedActivity activity, const ExportReques
         if (!hidden) return std::unexpected(hidden.error());
     }
     return ExportedRoute{.name = titleOf(activity, application.screen(), calendar),
-                         .type = activity.typeName,
-                         .start = activity.startTime,
+                         .type = nameOf(activity, text),
+                         .start = activity.start,
                          .points = std::move(points)};
 }
 
@@ -82,10 +85,11 @@ CommandResult<Report> toFile(const ExportedRoute& route, const ExportRequest& re
 }  // namespace
 
 CommandResult<Report> run(const ExportRequest& request, Application& application) {
-    const auto activities = activitiesOf(application.sessions(), application.text());
-    const auto activity = activityNamed(request.activity, activities, application.text());
+    const auto activities = activitiesOf(application);
+    if (!activities) return std::unexpected(activities.error());
+    const auto activity = activityNamed(request.activity, *activities, application.text());
     if (!activity) return std::unexpected(activity.error());
-    auto route = routeOf(*activity, request, application);
+    auto route = exportedRoute(*activity, request, application);
     if (!route) return std::unexpected(route.error());
     if (request.file) return toFile(*route, request, application);
     if (application.wantsJson()) {

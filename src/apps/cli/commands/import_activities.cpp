@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace pedvar {
 namespace {
 
@@ -34,8 +36,9 @@ ImportedGPX importActivity(const std::string& path, ActivityType type, Applicati
     SessionHistory& history = application.sessions();
     result.pointsWithoutTime = imported->pointsWithoutTime;
     if (const auto same = sameActivity(imported->session, history)) {
-        const auto activities = activitiesOf(history, application.text());
-        result.activity = activityNamed(same->text(), activities, application.text()).value();
+        const auto saved = std::ranges::find(history.savedSessions(), *same,
+                                             [](const SavedSession& each) { return each.session.id; });
+        result.activity = activityOf(*saved);
         return result;
     }
     const auto added = commandResult(history.add(imported->session));
@@ -44,7 +47,7 @@ ImportedGPX importActivity(const std::string& path, ActivityType type, Applicati
         return result;
     }
     result.isNew = true;
-    result.activity = listed(imported->session, imported->session.route.size(), application.text());
+    result.activity = activityOf({imported->session, imported->session.route.size()});
     return result;
 }
 
@@ -62,7 +65,7 @@ JsonArray importedDocument(const std::vector<ImportedGPX>& imported) {
     for (const ImportedGPX& gpx : imported) {
         result.push_back({JsonObject{
             {"file", {gpx.file}},
-            {"id", gpx.activity ? JsonValue{gpx.activity->id} : JsonValue{}},
+            {"id", gpx.activity ? JsonValue{gpx.activity->id.text()} : JsonValue{}},
             {"added", {gpx.isNew}},
             {"pointsWithoutTime", {static_cast<std::int64_t>(gpx.pointsWithoutTime)}},
             {"error", gpx.error ? errorDocument(*gpx.error) : JsonValue{}},

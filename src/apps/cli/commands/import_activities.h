@@ -13,7 +13,7 @@ namespace pedvar {
 /// What became of one GPX file.
 struct ImportedGPX {
     std::string file;
-    std::optional<ListedActivity> activity;  // none after an error
+    std::optional<Activity> activity;  // none after an error
     bool isNew = false;
     std::size_t pointsWithoutTime = 0;
     std::optional<CommandError> error;

@@ -5,6 +5,7 @@
 #include "apps/cli/insights.h"
 #include "core/reflection.h"
 #include "insights/step_pace_rule.h"
+#include "linux/health/health_administration.h"
 
 #include <algorithm>
 
@@ -95,8 +96,15 @@ std::string view(const Pace& pace, const std::string& label, const Screen& scree
 CommandResult<Report> run(const PaceRequest&, Application& application) {
     const auto health = application.health();
     if (!health) return std::unexpected(health.error());
+    // What an import that was interrupted has changed is settled by whoever writes next. Asked before the
+    // stored days are read: they may be settled in between.
+    const auto changed = HealthAdministration((*health)->database).changedDays();
+    if (!changed) return std::unexpected(errorOf(changed.error()));
     const auto insights = application.insights();
     if (!insights) return std::unexpected(insights.error());
+    if (const auto steps = changed->find(HKQuantityTypeIdentifierStepCount); steps != changed->end()) {
+        (*insights)->pace.forget(steps->second);
+    }
     const Pace pace = readPace(application, (*health)->manager, (*insights)->pace);
     const Screen screen = application.screen();
     const std::string said =

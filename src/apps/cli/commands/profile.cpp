@@ -98,9 +98,10 @@ CommandResult<void> change(std::string_view key, std::string_view value, Applica
     if (!adopted) return adopted;
     const auto health = application.health();
     if (!health) return std::unexpected(health.error());
-    PersonalMetrics metrics = application.settings().personalMetrics();
-    if (const auto assigned = assign(metrics, key, value, application.text()); !assigned) return assigned;
-    const auto saved = commandResult((*health)->manager.body().savePersonalMetrics(metrics));
+    const auto edit = [&](PersonalMetrics& metrics) {
+        static_cast<void>(assign(metrics, key, value, application.text()));  // has succeeded above
+    };
+    const auto saved = commandResult((*health)->manager.body().changePersonalMetrics(edit));
     return saved ? application.refresh() : saved;
 }
 
