@@ -151,11 +151,7 @@ Task<std::optional<AchievementsStore::Evaluated<StepTally>>> AchievementsStore::
         if (!steps || !hours || steps->size() != hours->size()) co_return std::nullopt;
         for (std::size_t i = 0; i < steps->size(); ++i) {
             const Day day = first + std::chrono::days(i);
-            if ((*steps)[i] > 0 && day > evaluated.until) {
-                evaluated.before = evaluated.all;
-                evaluated.until = day;
-                evaluated.isNews = true;
-            }
+            if ((*steps)[i] > 0) evaluated.startDay(day);
             evaluated.all.add({day, (*steps)[i], (*hours)[i], goals.goalOn(day)}, calendar);
         }
     }
@@ -172,11 +168,7 @@ Task<std::optional<AchievementsStore::Evaluated<BadgeMarks>>> AchievementsStore:
         if (!distances) co_return std::nullopt;
         for (std::size_t i = 0; i < distances->size(); ++i) {
             const Day day = first + std::chrono::days(i);
-            if ((*distances)[i] && day > evaluated.until) {
-                evaluated.before = evaluated.all;
-                evaluated.until = day;
-                evaluated.isNews = true;
-            }
+            if ((*distances)[i]) evaluated.startDay(day);
             addDistance(evaluated.all, day, (*distances)[i].value_or(0));
         }
     }

@@ -47,6 +47,14 @@ private:
         Day until;     // that day
         std::int64_t state = 0;
         bool isNews = false;  // more than the health store remembers
+
+        /// Before `day`, of which there is something, is added to `all`.
+        void startDay(Day day) {
+            if (day <= until) return;
+            before = all;
+            until = day;
+            isNews = true;
+        }
     };
 
     template <class Tally>

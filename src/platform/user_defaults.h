@@ -77,8 +77,8 @@ public:
 
     /// Makes all changes or none, also across domains.
     virtual DefaultsResult write(const std::vector<DefaultsChange>& changes) = 0;
-    /// The same with changes that depend on what is stored: nobody else writes between what `plan` reads and what it
-    /// yields.
+    /// The same with changes that depend on what is stored: nobody else writes between what `plan` reads and what
+    /// it yields.
     virtual DefaultsResult update(const std::function<std::vector<DefaultsChange>()>& plan) = 0;
 };
 

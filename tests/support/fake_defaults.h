@@ -46,7 +46,9 @@ public:
         return {};
     }
 
-    DefaultsResult update(const std::function<std::vector<DefaultsChange>()>& plan) override { return write(plan()); }
+    DefaultsResult update(const std::function<std::vector<DefaultsChange>()>& plan) override {
+        return write(plan());
+    }
 
     /// A JSON document of the standard store, as text.
     std::string document(std::string_view key) const { return standardDomain.data(key).value_or(Data{}).bytes; }

@@ -270,7 +270,9 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
 }
 
 OutputFormat formatOf(std::span<const char* const> arguments) {
-    const auto isJson = [](std::string_view argument) { return argument == "--json" || argument == "--json=true"; };
+    const auto isJson = [](std::string_view argument) {
+        return argument == "--json" || argument == "--json=true";
+    };
     return std::ranges::any_of(arguments, isJson) ? OutputFormat::json : OutputFormat::screen;
 }
 

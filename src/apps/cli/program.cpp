@@ -40,7 +40,8 @@ CommandResult<Report> answer(std::span<const char* const> arguments, std::unique
         return Report{JsonObject{{information->key, {information->text}}}};
     }
     const Request& request = std::get<Request>(line->wish);
-    auto opened = Application::open(line->global, isWriting(request, line->global) ? Access::readWrite : Access::readOnly);
+    auto opened =
+        Application::open(line->global, isWriting(request, line->global) ? Access::readWrite : Access::readOnly);
     if (!opened) return std::unexpected(opened.error());
     application = std::move(*opened);
     if (const auto& warning = application->warning()) tell(*warning);
