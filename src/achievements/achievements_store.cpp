@@ -119,8 +119,7 @@ Task<DefaultsResult> AchievementsStore::remember() {
 }
 
 template <class Tally>
-Task<AchievementsStore::Evaluated<Tally>> AchievementsStore::recall(std::string_view key, HKQuantityType type,
-                                                                    Day today) {
+Task<Evaluated<Tally>> AchievementsStore::recall(std::string_view key, HKQuantityType type, Day today) {
     Evaluated<Tally> known{.all = {}, .before = {}, .until = today};
     Completion<HKResult<RecalledText>> answer(executor_);
     healthStore_.recall(std::string(key), type, answer.resolver());
@@ -140,7 +139,7 @@ Task<AchievementsStore::Evaluated<Tally>> AchievementsStore::recall(std::string_
     co_return known;
 }
 
-Task<std::optional<AchievementsStore::Evaluated<StepTally>>> AchievementsStore::evaluateSteps(Day today) {
+Task<std::optional<Evaluated<StepTally>>> AchievementsStore::evaluateSteps(Day today) {
     const Calendar calendar = settings_.calendar();
     const GoalHistory goals = settings_.goalHistory();
     auto evaluated = co_await recall<StepTally>(stepMemoryKey, stepType(), today);
@@ -158,7 +157,7 @@ Task<std::optional<AchievementsStore::Evaluated<StepTally>>> AchievementsStore::
     co_return evaluated;
 }
 
-Task<std::optional<AchievementsStore::Evaluated<BadgeMarks>>> AchievementsStore::evaluateDistances(Day today) {
+Task<std::optional<Evaluated<BadgeMarks>>> AchievementsStore::evaluateDistances(Day today) {
     const Calendar calendar = settings_.calendar();
     auto evaluated = co_await recall<BadgeMarks>(distanceMemoryKey, distanceType(), today);
     for (Day first = evaluated.until; first <= today; first += daysPerRead) {

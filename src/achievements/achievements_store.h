@@ -20,6 +20,24 @@
 
 namespace pedvar {
 
+/// What the days of one type came to.
+template <class Tally>
+struct Evaluated {
+    Tally all;
+    Tally before;  // without the last day of which there is something, which may not be complete
+    Day until;     // that day
+    std::int64_t state = 0;
+    bool isNews = false;  // more than the health store remembers
+
+    /// Before `day`, of which there is something, is added to `all`.
+    void startDay(Day day) {
+        if (day <= until) return;
+        before = all;
+        until = day;
+        isNews = true;
+    }
+};
+
 /// Evaluates the badges over everything in the health store. A badge that was unlocked once stays unlocked. Lives
 /// on the main executor.
 class AchievementsStore {
@@ -39,24 +57,6 @@ public:
     Task<DefaultsResult> remember();
 
 private:
-    /// What the days of one type came to.
-    template <class Tally>
-    struct Evaluated {
-        Tally all;
-        Tally before;  // without the last day of which there is something, which may not be complete
-        Day until;     // that day
-        std::int64_t state = 0;
-        bool isNews = false;  // more than the health store remembers
-
-        /// Before `day`, of which there is something, is added to `all`.
-        void startDay(Day day) {
-            if (day <= until) return;
-            before = all;
-            until = day;
-            isNews = true;
-        }
-    };
-
     template <class Tally>
     Task<Evaluated<Tally>> recall(std::string_view key, HKQuantityType type, Day today);
     Task<std::optional<Evaluated<StepTally>>> evaluateSteps(Day today);
