@@ -36,7 +36,7 @@ constexpr int pointsOfAnHour = 3600;
 }
 
 void require(const DefaultsResult& result) {
-    if (!result) fail(result.error().message);
+    if (!result) fail(result.error().message.inEnglish());
 }
 
 /// What this process has handed to write(2) so far, in bytes.

@@ -36,6 +36,7 @@ struct Badge {
     std::int64_t requirement;
 };
 
+// i18n: texts
 constexpr std::string_view walk = "Walk {} in a day";
 
 constexpr std::array badges = std::to_array<Badge>({
@@ -103,6 +104,8 @@ constexpr std::array badges = std::to_array<Badge>({
     {Key::legend10Million, "10 Million Legend", "Reach 10,000,000 total steps - Legendary status!",
      "star.leadinghalf.filled", gold, Category::special, 10000000},
 });
+constexpr std::array categoryTitles = std::to_array<std::string_view>({"Steps", "Distance", "Streaks", "Special"});
+// i18n: end
 static_assert(badges.size() == caseNames<Key>.size());
 static_assert(std::ranges::is_sorted(badges, std::ranges::less(), &Badge::key));
 
@@ -140,23 +143,20 @@ std::string AchievementTexts::title(Key key) const {
 }
 
 std::string AchievementTexts::description(const Achievement& achievement, DistanceUnit distanceUnit) const {
-    Phrase phrase{badge(achievement.key).description};
-    if (achievement.category == Category::distance) {
-        phrase.values.push_back(distanceText(achievement.requirement, distanceUnit));
-    }
-    return phrase.in(texts_);
+    const std::string_view text = badge(achievement.key).description;
+    if (achievement.category != Category::distance) return texts_.text(text);
+    return Phrase(text, {distanceText(achievement.requirement, distanceUnit)}).in(texts_);
 }
 
 std::string AchievementTexts::categoryTitle(Category category) const {
-    constexpr std::array titles{"Steps", "Distance", "Streaks", "Special"};
-    return texts_.text(titles[caseIndex(category)]);
+    return texts_.text(categoryTitles[caseIndex(category)]);
 }
 
 std::string AchievementTexts::remainingText(const Achievement& achievement, DistanceUnit distanceUnit) const {
     const std::int64_t remaining = std::max<std::int64_t>(achievement.requirement - achievement.progress, 0);
     const std::string value = achievement.category == Category::distance ? distanceText(remaining, distanceUnit)
                                                                          : numbers_.number(remaining);
-    return Phrase{"{} more to unlock", {value}}.in(texts_);
+    return Phrase("{} more to unlock", {value}).in(texts_);
 }
 
 std::optional<std::pair<std::string, std::string>> AchievementTexts::reachedValueText(
@@ -166,7 +166,8 @@ std::optional<std::pair<std::string, std::string>> AchievementTexts::reachedValu
     if (achievement.category == Category::distance) {
         return std::pair(distanceText(progress, distanceUnit), texts_.text("Distance"));
     }
-    return std::pair(numbers_.number(progress), texts_.text(isCountedInDays(achievement) ? "Days" : "Steps"));
+    return std::pair(numbers_.number(progress),
+                     isCountedInDays(achievement) ? texts_.text("Days") : texts_.text("Steps"));
 }
 
 std::string AchievementTexts::formatDistance(std::int64_t metres, DistanceUnit distanceUnit) const {
@@ -175,8 +176,9 @@ std::string AchievementTexts::formatDistance(std::int64_t metres, DistanceUnit d
 }
 
 std::string AchievementTexts::distanceText(std::int64_t metres, DistanceUnit distanceUnit) const {
-    const std::string_view text = distanceUnit == DistanceUnit::miles ? "{} mi" : "{} km";
-    return Phrase{text, {formatDistance(metres, distanceUnit)}}.in(texts_);
+    const std::string distance = formatDistance(metres, distanceUnit);
+    return (distanceUnit == DistanceUnit::miles ? Phrase("{} mi", {distance}) : Phrase("{} km", {distance}))
+        .in(texts_);
 }
 
 }  // namespace pedvar

@@ -81,7 +81,7 @@ bool AppGroupManager::write(std::vector<Entry> entries) {
     std::vector<DefaultsChange> changes;
     for (Entry& entry : entries) changes.push_back({suite, std::string(entry.key), std::move(entry.value)});
     const auto result = defaults_.write(changes);
-    if (!result) log_.log(logSubsystem, "AppGroup", LogLevel::error, result.error().message);
+    if (!result) log_.log(logSubsystem, "AppGroup", LogLevel::error, result.error().message.inEnglish());
     return result.has_value();
 }
 

@@ -80,6 +80,7 @@ const LanguageNames& names(AppLanguage language) {
     return languages[caseIndex(language)];
 }
 
+// i18n: texts
 std::string_view displayName(DistanceUnit unit) {
     return pick(unit, {"Kilometers", "Miles"});
 }
@@ -127,6 +128,7 @@ std::string_view displayName(AppTab tab) {
 std::string_view displayName(UnitSystem system) {
     return pick(system, {"Metric", "Imperial"});
 }
+// i18n: end
 
 std::string_view displayName(AppLanguage language) {
     return names(language).nativeName;

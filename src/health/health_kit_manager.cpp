@@ -164,7 +164,8 @@ Task<> HealthKitManager::refreshToday() {
 void HealthKitManager::adoptSharedValues() {
     auto result = settings_.adoptSharedValues(today());
     if (result) result = settings_.rememberFirstGoal(today());
-    if (!result) diagnostics_.log(LogLevel::error, "HKDiag settings not saved: " + result.error().message);
+    if (!result)
+        diagnostics_.log(LogLevel::error, "HKDiag settings not saved: " + result.error().message.inEnglish());
     body_.reloadPersonalMetrics();
 }
 

@@ -13,6 +13,7 @@ struct Drink {
     double waterShare;  // by volume, as tables of nutrients have it for the usual kind
 };
 
+// i18n: texts
 constexpr std::array drinks = std::to_array<Drink>({
     {"Water", 1},
     {"Sparkling water", 1},
@@ -23,6 +24,7 @@ constexpr std::array drinks = std::to_array<Drink>({
     {"Soft drink", 0.9},
     {"Sports drink", 0.94},
 });
+// i18n: end
 static_assert(drinks.size() == caseNames<DrinkType>.size());
 
 }  // namespace

@@ -50,7 +50,7 @@ void HydrationAppGroup::saveLastAmount(double milliliters) {
 
 void HydrationAppGroup::write(const std::vector<DefaultsChange>& changes) {
     const auto result = defaults_.write(changes);
-    if (!result) log_.log(logSubsystem, "HydrationAppGroup", LogLevel::error, result.error().message);
+    if (!result) log_.log(logSubsystem, "HydrationAppGroup", LogLevel::error, result.error().message.inEnglish());
 }
 
 }  // namespace pedvar

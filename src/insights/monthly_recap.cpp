@@ -36,12 +36,14 @@ Task<MonthlyRecap> fetchMonthlyRecap(ActivityReads& reads, std::chrono::year_mon
 }
 
 Phrase monthName(std::chrono::year_month month, Day today) {
+    // i18n: texts
     static constexpr std::array<std::string_view, 12> names{"January",   "February", "March",    "April",
                                                             "May",       "June",     "July",     "August",
                                                             "September", "October",  "November", "December"};
+    // i18n: end
     const std::string_view name = names.at(static_cast<unsigned>(month.month()) - 1);
-    if (month.year() == pedvar::month(today).year()) return {name};
-    return {"{0} {1}", {std::string(name), std::to_string(static_cast<int>(month.year()))}};
+    if (month.year() == pedvar::month(today).year()) return name;
+    return Phrase("{0} {1}", {name, std::to_string(static_cast<int>(month.year()))});
 }
 
 }  // namespace pedvar

@@ -83,7 +83,7 @@ std::optional<std::string> MonthlyRecapManager::lastShownMonth() const {
 void MonthlyRecapManager::markHandled() {
     const auto result =
         defaults_.write({{&defaults_.standard(), std::string(lastShownMonthKey), monthKey(month(today()))}});
-    if (!result) log_.log(logSubsystem, "MonthlyRecap", LogLevel::error, result.error().message);
+    if (!result) log_.log(logSubsystem, "MonthlyRecap", LogLevel::error, result.error().message.inEnglish());
 }
 
 }  // namespace pedvar

@@ -10,6 +10,7 @@ namespace {
 
 static_assert(caseNames<RankingTier>.size() == tierCount);
 
+// i18n: texts
 constexpr std::array<TierDescription, tierCount> descriptions{{
     {"Top", "1%", 20'000},
     {"Elite", "1-5%", 14'000},
@@ -19,6 +20,7 @@ constexpr std::array<TierDescription, tierCount> descriptions{{
     {"Rookie", "70-80%", 1500},
     {"Beginner", "80%+", 0},
 }};
+// i18n: end
 
 /// The percentile of normalised steps from `steps` on.
 struct PercentileStep {

@@ -70,10 +70,12 @@ struct PyramidRow {
 std::array<PyramidRow, tierCount> pyramid(RankingTier active, double availableWidth);
 
 /// What the card says.
+// i18n: texts
 inline constexpr std::string_view stepsToGoText = "{} steps to go";
 inline constexpr std::string_view topTierTitle = "Top of the pyramid";
 inline constexpr std::string_view topTierText = "You're in the highest tier - keep it up!";
 inline constexpr std::string_view thresholdsTitle = "Tier thresholds";
 inline constexpr std::string_view thresholdsSubtitle = "Daily steps required at your age";
+// i18n: end
 
 }  // namespace pedvar

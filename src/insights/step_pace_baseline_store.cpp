@@ -101,7 +101,7 @@ void StepPaceBaselineStore::setDays(std::vector<PaceDay> newDays) {
 void StepPaceBaselineStore::save() {
     if (keeping_ == Keeping::inMemory) return;
     const auto result = savePaceDays(defaults_, json_, days);
-    if (!result) log_.log(logSubsystem, "StepPace", LogLevel::error, result.error().message);
+    if (!result) log_.log(logSubsystem, "StepPace", LogLevel::error, result.error().message.inEnglish());
 }
 
 }  // namespace pedvar

@@ -22,15 +22,15 @@ StepPaceStatus statusOf(double steps, double lower, double upper) {
 Phrase label(StepPaceStatus status, std::string steps) {
     switch (status) {
         case StepPaceStatus::ahead:
-            return {"Ahead of usual"};
+            return Phrase("Ahead of usual");
         case StepPaceStatus::onPace:
-            return {"On usual pace"};
+            return Phrase("On usual pace");
         case StepPaceStatus::behind:
-            return {"Behind usual"};
+            return Phrase("Behind usual");
         case StepPaceStatus::unavailable:
             break;
     }
-    return {"{} steps. Typical day not available yet.", {std::move(steps)}};
+    return Phrase("{} steps. Typical day not available yet.", {std::move(steps)});
 }
 
 double hourOfDay(const Calendar& calendar, Date moment) {

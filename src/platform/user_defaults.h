@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/date.h"
+#include "platform/phrase.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -56,7 +57,7 @@ struct DefaultsError {
         notAStore,     // the file is something else
         newerVersion,  // written by a newer Pedvar
     };
-    std::string message;  // for people
+    Phrase message;  // for people
     Kind kind = Kind::unwritable;
 };
 

@@ -1,11 +1,12 @@
 /// Reading XML as a stream.
 #pragma once
 
+#include "platform/phrase.h"
+
 #include <cstddef>
 #include <expected>
 #include <functional>
 #include <span>
-#include <string>
 #include <string_view>
 #include <utility>
 
@@ -27,7 +28,7 @@ public:
 
 /// Why a document was not read to its end, for people: what is wrong, and where.
 struct XmlError {
-    std::string message;
+    Phrase message;
 };
 
 class XmlParser {

@@ -111,7 +111,7 @@ DefaultsResult ActivityRecorderManager::stopRecording() {
     if (!isRunning()) return {};
     const ActivitySession session = completedSession();
     if (auto finished = checkpoints_.finish(session); !finished) {
-        storageProblem = finished.error().message;
+        storageProblem = finished.error().message.inEnglish();
         return finished;
     }
     faultPoint("session in history");
@@ -156,7 +156,7 @@ void ActivityRecorderManager::restore() {
     const auto state = checkpoints_.restore(clock_.now());
     workouts_.request();
     if (!state) {
-        storageProblem = state.error().message;
+        storageProblem = state.error().message.inEnglish();
         return;
     }
     isRestored_ = true;
@@ -325,7 +325,7 @@ InProgressState ActivityRecorderManager::makeCheckpoint() const {
 void ActivityRecorderManager::saveCheckpoint(CheckpointTiming timing) {
     if (!isRunning()) return;
     const DefaultsResult saved = checkpoints_.save(makeCheckpoint(), timing);
-    storageProblem = saved ? std::nullopt : std::optional(saved.error().message);
+    storageProblem = saved ? std::nullopt : std::optional(saved.error().message.inEnglish());
 }
 
 LiveActivityState ActivityRecorderManager::liveActivityState() const {

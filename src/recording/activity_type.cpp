@@ -15,12 +15,14 @@ struct Traits {
 };
 
 /// In the order of the cases.
+// i18n: texts
 constexpr Traits traits[] = {
     {"Walking", "figure.walk", 50},
     {"Running", "figure.run", 80},
     {"Hiking", "figure.hiking", 60},
     {"Cycling", "bicycle", 40},
 };
+// i18n: end
 static_assert(std::size(traits) == caseNames<ActivityType>.size());
 
 }  // namespace

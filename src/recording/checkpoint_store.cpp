@@ -17,7 +17,8 @@ DefaultsResult CheckpointStore::save(const InProgressState& state, CheckpointTim
     const UUID session = state.session.id;
     const Route& route = state.routePoints;
     const auto text = checkpointText(state);
-    if (!text) return std::unexpected(DefaultsError{"The recording holds a number that cannot be stored."});
+    if (!text)
+        return std::unexpected(DefaultsError{Phrase("The recording holds a number that cannot be stored.")});
 
     std::vector<PartsChange> changes = removals(session, route);
     std::ranges::move(routeAdditions(session, route, storedPoints(session, route)), std::back_inserter(changes));

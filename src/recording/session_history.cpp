@@ -11,7 +11,7 @@ namespace pedvar {
 
 namespace {
 
-std::unexpected<DefaultsError> refused(std::string message) {
+std::unexpected<DefaultsError> refused(Phrase message) {
     return std::unexpected(DefaultsError{std::move(message)});
 }
 
@@ -60,7 +60,7 @@ DefaultsResult SessionHistory::add(const ActivitySession& session, std::size_t s
                                    std::vector<PartsChange> alongside) {
     if (contains(session.id)) return documents_.write(alongside);
     const auto text = sessionText(session, session.route.size());
-    if (!text) return refused("The activity holds a number that cannot be stored.");
+    if (!text) return refused(Phrase("The activity holds a number that cannot be stored."));
     if (auto tidied = tidy(); !tidied) return tidied;
 
     std::vector<PartsChange> changes = std::move(alongside);
@@ -89,7 +89,7 @@ DefaultsResult SessionHistory::add(const ActivitySession& session, std::size_t s
 DefaultsResult SessionHistory::changeType(UUID id, ActivityType type) {
     if (auto tidied = tidy(); !tidied) return tidied;
     const auto entry = entryOf(id);
-    if (!entry) return refused("There is no such activity.");
+    if (!entry) return refused(Phrase("There is no such activity."));
     SavedSession changed = sessionIn(entry->text).value();
     changed.session.activityType = type;
     std::vector<PartsChange> changes = routeAdditions(id, changed.session.route, 0);
@@ -104,7 +104,7 @@ DefaultsResult SessionHistory::changeType(UUID id, ActivityType type) {
 DefaultsResult SessionHistory::remove(UUID id) {
     if (auto tidied = tidy(); !tidied) return tidied;
     const auto entry = entryOf(id);
-    if (!entry) return refused("There is no such activity.");
+    if (!entry) return refused(Phrase("There is no such activity."));
     const auto written = documents_.write(
         {ReplacePart{sessionsKey, entry->position, entry->text, std::nullopt}, RemoveList{routeList(id)}});
     if (!written) return written;

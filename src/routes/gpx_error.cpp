@@ -18,6 +18,7 @@ struct Signature {
     std::size_t offset = 0;
 };
 
+// i18n: texts like ^(an? )
 constexpr Signature signatures[] = {
     {"\x1F\x8B", "a gzip archive"},
     {"PK\x03\x04", "a zip archive"},
@@ -38,6 +39,7 @@ constexpr Signature signatures[] = {
     {"$GP", "a receiver's NMEA log"},
     {"$GN", "a receiver's NMEA log"},
 };
+// i18n: end
 
 bool startsWithIgnoringCase(std::string_view text, std::string_view lowercase) {
     const auto isSame = [](char character, char lower) {
@@ -49,24 +51,24 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view lowercase) {
 
 }  // namespace
 
-std::string_view description(GPXError error) {
+Phrase description(GPXError error) {
     switch (error) {
         case GPXError::noTrackPoints:
-            return "The GPX file contains no track points.";
+            return Phrase("The GPX file contains no track points.");
         case GPXError::invalidFormat:
-            return "The file is not a valid GPX format.";
+            return Phrase("The file is not a valid GPX format.");
         case GPXError::fileNotFound:
-            return "The GPX file could not be found.";
+            return Phrase("The GPX file could not be found.");
     }
     return {};
 }
 
-std::string GPXFailure::message() const {
-    std::string text(description(error));
-    if (!detail.empty()) text += " " + detail;
-    return text;
+Phrase GPXFailure::message() const {
+    if (detail.isEmpty()) return description(error);
+    return Phrase("{} {}", {description(error), detail});
 }
 
+// i18n: texts like ^(empty|an? )
 std::string_view kindOfDocument(std::string_view beginning) {
     for (const auto& [bytes, kind, offset] : signatures) {
         if (beginning.size() > offset && beginning.substr(offset).starts_with(bytes)) return kind;
@@ -80,5 +82,6 @@ std::string_view kindOfDocument(std::string_view beginning) {
     if (beginning.starts_with('{') || beginning.starts_with('[')) return "a JSON document";
     return {};
 }
+// i18n: end
 
 }  // namespace pedvar

@@ -44,8 +44,8 @@ std::expected<GPXDocument, GPXFailure> GPXXMLParser::parse(const XmlParser& xmlP
     const auto outcome = xmlParser.parse([this](std::span<char> room) { return readData(room); }, *this);
     if (!outcome) {
         const std::string_view kind = kindOfDocument(beginning_);
-        std::string detail =
-            "It is " + (kind.empty() ? "broken: " + outcome.error().message : std::string(kind)) + ".";
+        Phrase detail =
+            kind.empty() ? Phrase("It is broken: {}.", {outcome.error().message}) : Phrase("It is {}.", {kind});
         return std::unexpected(GPXFailure{GPXError::invalidFormat, std::move(detail)});
     }
     endSegment();

@@ -58,7 +58,7 @@ TEST_CASE("whatever is no command or too many or too few arguments is wrong usag
         const auto line = parse(arguments);
         REQUIRE(!line.has_value());
         CHECK(line.error().kind == ErrorKind::usage);
-        CHECK(!line.error().message.empty());
+        CHECK(!line.error().message.isEmpty());
     }
 }
 

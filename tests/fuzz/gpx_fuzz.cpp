@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const auto document = GPXXMLParser(sourceOf(text), Date{}).parse(ExpatParser());
     if (!document) {
-        check(!document.error().message().empty(), "a failure has a message");
+        check(!document.error().message().isEmpty(), "a failure has a message");
         return 0;
     }
     const auto summary = summaryOf(*document);

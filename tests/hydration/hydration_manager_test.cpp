@@ -84,7 +84,7 @@ TEST_CASE_FIXTURE(Drinking, "an impossible amount, or a store that refuses, leav
     store.writeError.reset();
     defaults.failure = DefaultsError{"The disk is full.", DefaultsError::Kind::full};
     CHECK(std::get<DefaultsError>(time.run(water.drink(250, DrinkType::water)).error()).message ==
-          "The disk is full.");
+          Phrase("The disk is full."));
     CHECK(healthTotal() == 300);
 }
 

@@ -64,11 +64,16 @@ TEST_CASE("a text is translated whole, its words on their own, and places may ch
     struct German : TextCatalogue {
         std::string text(std::string_view english) const override {
             if (english == "{} of {}") return "{1}: {0} {}!";
+            if (english == "{} less" || english == "{} more") return english == "{} less" ? "{1}" : "mehr";
             return english == "steps" ? "Schritte" : std::string(english);
         }
     };
-    CHECK(Phrase{"{} of {}", {"12", "steps"}}.in(German()) == "Schritte: 12 Schritte!");
-    CHECK(Phrase{"{} {7} {", {"12"}}.in(German()) == "12  {");
+    CHECK(Phrase("{} of {}", {"12", "steps"}).in(German()) == "Schritte: 12 Schritte!");
+    CHECK(Phrase("{} of {}", {"12", std::string("steps")}).in(German()) == "steps: 12 steps!");
+    CHECK(Phrase("{0} {{", {Phrase("{} of {}", {"1", "2"})}).in(German()) == "2: 1 2! {{");
+    // Translations whose places do not fit.
+    CHECK(Phrase("{} less", {"12"}).in(German()) == "12 less");
+    CHECK(Phrase("{} more", {"12"}).in(German()) == "12 more");
 }
 
 TEST_CASE_FIXTURE(Comparing,

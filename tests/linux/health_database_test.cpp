@@ -60,7 +60,7 @@ TEST_CASE("files that are no store, or a newer one, are refused by readers and w
         HealthDatabase database(path);
         REQUIRE(!database.verify());
         CHECK(database.verify().error().kind == each.kind);
-        CHECK(database.verify().error().message.find(path.string()) != std::string::npos);
+        CHECK(database.verify().error().message.inEnglish().find(path.string()) != std::string::npos);
         SampleWriter writer(database);
         CHECK(writer.source({.name = "Phone"}).error().kind == each.kind);
         CHECK(writer.write({}).error().kind == each.kind);
@@ -232,7 +232,7 @@ TEST_CASE_FIXTURE(HealthStoreFixture,
         const auto refused = administration.setOrder(std::vector{label});
         REQUIRE(!refused);
         CHECK(refused.error().kind == Kind::unknownSource);
-        CHECK(refused.error().message.find("\"Ann’s phone (iPhone14,5)\"") != std::string::npos);
+        CHECK(refused.error().message.inEnglish().find("\"Ann’s phone (iPhone14,5)\"") != std::string::npos);
     }
     REQUIRE(administration.setOrder(std::vector<std::string>{"Ann’s phone (iPhone14,5)"}));
     CHECK(administration.sources(HKQuantityTypeIdentifierStepCount)->front().id == current);

@@ -5,4 +5,7 @@ pedvar_test(system DEPENDS linux core platform LIBRARIES EXPAT::EXPAT sample_exp
     system_event_loop_test.cpp
     system_json_and_log_test.cpp
     system_locale_test.cpp
+    system_texts_test.cpp
     system_zone_test.cpp)
+target_compile_definitions(system_test PRIVATE PEDVAR_CATALOGUES="${PROJECT_BINARY_DIR}/locale")
+add_dependencies(system_test translations)

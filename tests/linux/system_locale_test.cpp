@@ -1,6 +1,8 @@
 #include "linux/system/absl_zone.h"
 #include "linux/system/glibc_locale.h"
+#include "platform/language_habits.h"
 #include "support/environment.h"
+#include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 #include <locale.h>
@@ -69,6 +71,36 @@ TEST_CASE("installed locales decide week and units and separators and clock") {
     for (const auto& [name, expected] : expectations) {
         if (isInstalled(name)) CHECK(habits(localeOf({{"LANG", name}})) == expected);
     }
+}
+
+TEST_CASE(
+    "what is known of a language is what its installed locales say, and holds where they are not installed") {
+    const TemporaryFolder nothing;
+    for (const char* name : {"de_DE", "de_AT", "de_CH", "de_LI", "de_LU", "de_BE", "en_US", "en_GB", "en_AU",
+                             "en_CA", "en_IE", "en_NZ", "en_ZA", "en_SG", "en_DK"}) {
+        CAPTURE(name);
+        const std::string locale = std::string(name) + ".UTF-8";
+        if (!isInstalled(locale)) continue;
+        const std::string installed = habits(localeOf({{"LANG", locale}}));
+        const EnvironmentVariable path("LOCPATH", nothing.path().string());
+        REQUIRE(newlocale(LC_ALL_MASK, locale.c_str(), nullptr) == nullptr);
+        CHECK(habits(localeOf({{"LANG", locale}})) == installed);
+    }
+    CHECK(habits(localeOf({{"LANG", "C.UTF-8"}, {"LANGUAGE", "de"}})) == "2: 10.000,5 metric 24h");
+    CHECK(habits(localeOf({{"LANG", "C"}, {"LANGUAGE", "de"}})) == "2: 10,000.5 metric 24h");
+}
+
+TEST_CASE("a chosen language brings its numbers and its clock, and leaves week and units to the region") {
+    const GlibcLocale region = localeOf({{"LANG", "en_US.UTF-8"}});
+    const auto shown = [&](std::string_view code) {
+        const LanguageLocale locale(region, code);
+        return locale.groupingSeparator() + locale.decimalSeparator() +
+               (locale.usesTwelveHourClock() ? "12" : "24") + std::to_string(locale.firstWeekday());
+    };
+    CHECK(shown("") == ",.121");
+    CHECK(shown("de") == ".,241");
+    CHECK(shown("en-GB") == ",.241");
+    CHECK(shown("fr") == ",.121");
 }
 
 TEST_CASE("each category may have a locale of its own") {

@@ -14,7 +14,7 @@ std::string failureOf(std::string_view document) {
     const auto outcome = readGPX(document);
     if (outcome) return "(read)";
     CHECK(outcome.error().error == GPXError::invalidFormat);
-    return outcome.error().detail;
+    return outcome.error().detail.inEnglish();
 }
 
 std::string repeated(std::string_view text, std::size_t count) {
@@ -51,10 +51,10 @@ TEST_CASE("what is no XML is told by its kind, and broken XML by the place where
           "It is broken: not well-formed (invalid token) (line 2, column 10).");
     CHECK(failureOf("<gpx><trk></gpx>") == "It is broken: mismatched tag (line 1, column 12).");
     CHECK(failureOf("<?xml version='1.0' encoding='klingon'?><gpx/>").contains("unknown encoding"));
-    CHECK(GPXFailure{GPXError::invalidFormat, "It is empty."}.message() ==
+    CHECK(GPXFailure{GPXError::invalidFormat, "It is empty."}.message().inEnglish() ==
           "The file is not a valid GPX format. It is empty.");
-    CHECK(GPXFailure{GPXError::noTrackPoints, ""}.message() == "The GPX file contains no track points.");
-    CHECK(description(GPXError::fileNotFound) == "The GPX file could not be found.");
+    CHECK(GPXFailure{GPXError::noTrackPoints, {}}.message().inEnglish() == "The GPX file contains no track points.");
+    CHECK(description(GPXError::fileNotFound).inEnglish() == "The GPX file could not be found.");
 }
 
 TEST_CASE("documents that would cost out of proportion are refused") {

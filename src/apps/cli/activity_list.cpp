@@ -79,9 +79,10 @@ CommandResult<Activity> activityNamed(std::string_view name, const std::vector<A
                          text("There is no activity \"{}\"; `pedvar activities` lists them.", std::string(name))});
     }
     if (const auto count = std::ranges::count_if(activities, isMeant); count > 1) {
-        return std::unexpected(
-            CommandError{ErrorKind::ambiguousActivity,
-                         text("{0} activities begin with \"{1}\"; add digits.", count, std::string(name))});
+        return std::unexpected(CommandError{
+            ErrorKind::ambiguousActivity,
+            text.plural("{0} activity begins with \"{1}\"; add digits.",
+                        "{0} activities begin with \"{1}\"; add digits.", count, count, std::string(name))});
     }
     return *first;
 }

@@ -8,6 +8,7 @@
 #include "insights/pace_days.h"
 #include "linux/health/health_administration.h"
 #include "linux/system/clocks.h"
+#include "platform/language_habits.h"
 
 #include <unistd.h>
 #include <cstdlib>
@@ -52,17 +53,16 @@ CommandResult<std::unique_ptr<Application>> Application::open(const GlobalOption
     if (!folder || folder->empty()) return usageError("Nothing says where the data lies; --data DIR does.");
     if (std::error_code error;
         std::filesystem::exists(*folder, error) && !std::filesystem::is_directory(*folder)) {
-        return usageError(
-            fmt::format("\"{}\" is no folder; --data names the folder of the data.", folder->string()));
+        return usageError(Phrase("\"{}\" is no folder; --data names the folder of the data.", {folder->string()}));
     }
     ProcessZone zone = processZone();
     std::unique_ptr<const Clock> clock = std::make_unique<SystemClock>();
     if (options.now) {
         const auto now = parseMoment(*options.now, *zone.rules);
         if (!now) {
-            return usageError(fmt::format(
+            return usageError(Phrase(
                 "\"{}\" is no moment; one is written like 2024-05-01, 2024-05-01T18:30 or 2024-05-01T18:30+02:00.",
-                *options.now));
+                {*options.now}));
         }
         clock = std::make_unique<FixedClock>(*now);
     }
@@ -115,11 +115,32 @@ DefaultsResult Application::changeLinuxSettings(const std::function<void(LinuxSe
     });
 }
 
+std::string_view Application::languageCode() const {
+    return names(settings_.preferences().appLanguage).code;
+}
+
+const TextCatalogue& Application::catalogue() const {
+    catalogue_.speak(languageCode());
+    return catalogue_;
+}
+
+const Texts& Application::text() const {
+    catalogue_.speak(languageCode());
+    return text_;
+}
+
+AchievementTexts Application::achievementTexts() const {
+    return {catalogue(), LanguageLocale(locale_, languageCode())};
+}
+
 Screen Application::screen() const {
     const UserPreferences preferences = settings_.preferences();
+    const std::string_view language = names(preferences.appLanguage).code;
+    catalogue_.speak(language);
+    const LanguageLocale locale(locale_, language);
     return {
         .text = text_,
-        .figures = Figures(locale_, preferences, text_),
+        .figures = Figures(locale, preferences, text_),
         .palette = terminalBehind(STDOUT_FILENO, linuxSettings().colorOutput).palette,
         .accent = stepColor(preferences),
     };

@@ -10,6 +10,7 @@
 #include "health/settings_store.h"
 #include "linux/system/absent_services.h"
 #include "linux/system/event_loop.h"
+#include "linux/system/gettext_texts.h"
 #include "linux/system/glibc_locale.h"
 #include "linux/system/nlohmann_json_parser.h"
 #include "linux/system/process_zone.h"
@@ -46,8 +47,12 @@ public:
     bool isWriting() const { return access_ == Access::readWrite; }
     bool wantsJson() const { return options_.format == OutputFormat::json; }
     const std::filesystem::path& folder() const { return folder_; }
-    const Texts& text() const { return text_; }
-    const TextCatalogue& catalogue() const { return catalogue_; }
+    /// In the language that the preferences name now, so that a change is followed while the program runs. Ask
+    /// anew for each thing that is said.
+    const Texts& text() const;
+    const TextCatalogue& catalogue() const;
+    /// The language that the preferences name ("de"); empty for the system's.
+    std::string_view languageCode() const;
     const Clock& clock() const { return *clock_; }
     EventLoop& loop() { return loop_; }
     SqliteDefaults& defaults() { return defaults_; }
@@ -62,7 +67,7 @@ public:
     void finish(CancellableTask task);
 
     /// What is odd about the surroundings, for people.
-    const std::optional<std::string>& warning() const { return zone_.warning; }
+    const std::optional<Phrase>& warning() const { return zone_.warning; }
 
     /// How standard output shows things, by the stored preferences.
     Screen screen() const;
@@ -81,7 +86,7 @@ public:
 
     /// The badges as they are stored.
     CommandResult<AchievementsStore*> achievements();
-    AchievementTexts achievementTexts() const { return {catalogue_, locale_}; }
+    AchievementTexts achievementTexts() const;
     /// Those that refreshes found new.
     const std::vector<Achievement>& newBadges() const { return newBadges_; }
 
@@ -105,7 +110,7 @@ private:
     ProcessZone zone_;
     std::unique_ptr<const Clock> clock_;
     GlibcLocale locale_;
-    EnglishTexts catalogue_;
+    mutable GettextTexts catalogue_;  // follows the preferences
     Texts text_;
     NlohmannJsonParser json_;
     SystemLog log_;

@@ -1,5 +1,6 @@
 #include "apps/cli/command_line.h"
 
+#include "apps/cli/help_text.h"
 #include "core/reflection.h"
 #include "health/step_records.h"
 
@@ -28,7 +29,6 @@ struct Grammar {
         const auto request = std::make_shared<Wanted>();
         describe(command, *request);
         command.fallthrough();
-        command.group("Commands");
         command.callback([this, request] { chosen = std::move(*request); });
     }
     template <class Wanted>
@@ -83,10 +83,6 @@ void describeActivities(Grammar& grammar) {
         });
 }
 
-std::string metricNames() {
-    return fmt::format("{}; steps without it", fmt::join(caseNames<ActivityMetric>, ", "));
-}
-
 void describeCommands(Grammar& grammar) {
     grammar.command<ImportRequest>(
         "import", "Read a phone's health export, or an activity from GPX",
@@ -120,12 +116,16 @@ void describeCommands(Grammar& grammar) {
         });
     grammar.command<CompareRequest>(
         "compare", "A day against your own past", [](CLI::App& command, CompareRequest& request) {
-            command.add_option("METRIC", request.metric, metricNames());
+            command.add_option("METRIC", request.metric,
+                               "steps, distance, calories, activeMinutes or flights; steps without it");
             command.add_option("--date", request.day, "YYYY-MM-DD, today or yesterday")->type_name("DATE");
         });
     grammar.command<CalendarRequest>(
         "calendar", "A month as a page of the calendar", [](CLI::App& command, CalendarRequest& request) {
-            command.add_option("WHAT", request.what, "YYYY-MM, and " + metricNames())->expected(0, 2);
+            command
+                .add_option("WHAT", request.what,
+                            "YYYY-MM, and steps, distance, calories, activeMinutes or flights")
+                ->expected(0, 2);
         });
     grammar.command<RecapRequest>("recap", "What a month was", [](CLI::App& command, RecapRequest& request) {
         command.add_option("MONTH", request.month, "YYYY-MM; the month that has ended last without it");
@@ -201,6 +201,33 @@ const CLI::App& commandGiven(const CLI::App& app) {
     return given.empty() ? app : *given.front();
 }
 
+/// What stands around `middle` in an English sentence of the library.
+std::optional<std::pair<std::string_view, std::string_view>> around(std::string_view middle,
+                                                                    std::string_view sentence) {
+    const std::size_t place = sentence.find(middle);
+    if (place == sentence.npos) return std::nullopt;
+    return std::pair(sentence.substr(0, place), sentence.substr(place + middle.size()));
+}
+
+/// The library words its errors in English only; those that our grammar can meet are worded here.
+Phrase wordingOf(const CLI::ParseError& error) {
+    const std::string said = error.what();
+    if (const auto parts = around(" is required", said)) {
+        return Phrase("{} is missing; `pedvar --help` tells more.", {parts->first});
+    }
+    if (const auto parts = around(": 1 required ", said)) {
+        return Phrase("{} needs a value; `pedvar --help` tells more.", {parts->first});
+    }
+    if (const auto parts = around(" excludes ", said)) {
+        return Phrase("{0} and {1} do not go together; `pedvar --help` tells more.",
+                      {parts->first, parts->second});
+    }
+    if (const auto parts = around(" requires ", said)) {
+        return Phrase("{0} needs {1}; `pedvar --help` tells more.", {parts->first, parts->second});
+    }
+    return Phrase("{}; `pedvar --help` tells more.", {said});
+}
+
 struct Writing {
     const GlobalOptions& options;
 
@@ -224,15 +251,14 @@ struct Writing {
 
 }  // namespace
 
-CommandResult<CommandLine> parseCommandLine(std::span<const char* const> arguments) {
+CommandResult<CommandLine> parseCommandLine(std::span<const char* const> arguments,
+                                            const TextCatalogue& catalogue) {
     CommandLine line{.global = {}, .wish = Request{}};
     line.global.format = formatOf(arguments);  // what stands before it may end the reading
     CLI::App app("Steps, walks and goals from your own data.", "pedvar");
     Request request;
     Grammar grammar{app, request};
 
-    app.get_formatter()->column_width(26);
-    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
     app.set_version_flag("--version", "pedvar " PEDVAR_VERSION, "Print the version and end");
     app.set_help_flag("-h,--help", "Print this text and end");
     app.add_option("--data", line.global.dataFolder, "Keep the data in this folder")->type_name("DIR");
@@ -250,23 +276,37 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
         line.wish = Information{"version", PEDVAR_VERSION};
         return line;
     } catch (const CLI::CallForHelp&) {
-        std::string help = commandGiven(app).help(&commandGiven(app) == &app ? "" : "pedvar");
-        help.erase(help.find_last_not_of('\n') + 2);
-        line.wish = Information{"help", std::move(help)};
+        const CLI::App& command = commandGiven(app);
+        const std::string name = &command == &app ? "pedvar" : "pedvar " + command.get_name();
+        line.wish = Information{"help", helpText(command, name, Texts(catalogue))};
         return line;
     } catch (const CLI::ExtrasError& error) {
         if (app.get_subcommands().empty() && !app.remaining().empty()) {
             const std::string unknown = app.remaining().front();
-            return usageError(fmt::format("There is no {} \"{}\"; `pedvar --help` lists them.",
-                                          unknown.starts_with('-') ? "option" : "command", unknown));
+            return usageError(unknown.starts_with('-')
+                                  ? Phrase("There is no option \"{}\"; `pedvar --help` lists them.", {unknown})
+                                  : Phrase("There is no command \"{}\"; `pedvar --help` lists them.", {unknown}));
         }
-        return usageError(fmt::format("{}; `pedvar --help` tells more.", error.what()));
+        const std::string extra = fmt::format("{}", fmt::join(app.remaining(true), " "));
+        return usageError(Phrase("\"{}\" is not expected; `pedvar --help` tells more.", {extra}));
     } catch (const CLI::ParseError& error) {
-        return usageError(fmt::format("{}; `pedvar --help` tells more.", error.what()));
+        return usageError(wordingOf(error));
     }
-    if (app.get_subcommands().empty()) return usageError("A command is needed; `pedvar --help` lists them.");
+    if (app.get_subcommands().empty()) {
+        return usageError(Phrase("A command is needed; `pedvar --help` lists them."));
+    }
     line.wish = std::move(request);
     return line;
+}
+
+std::optional<std::string> dataFolderOf(std::span<const char* const> arguments) {
+    constexpr std::string_view option = "--data";
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        if (argument == option && i + 1 < arguments.size()) return arguments[i + 1];
+        if (argument.starts_with("--data=")) return std::string(argument.substr(option.size() + 1));
+    }
+    return std::nullopt;
 }
 
 OutputFormat formatOf(std::span<const char* const> arguments) {

@@ -134,8 +134,12 @@ struct CommandLine {
 };
 
 /// Reads the arguments behind the program's name. Values are only split apart here; what they mean is for the
-/// command to say.
-CommandResult<CommandLine> parseCommandLine(std::span<const char* const> arguments);
+/// command to say. The catalogue is asked only for a text of help.
+CommandResult<CommandLine> parseCommandLine(std::span<const char* const> arguments,
+                                            const TextCatalogue& catalogue = EnglishTexts());
+
+/// The folder that is named, also when the command line is wrong elsewhere.
+std::optional<std::string> dataFolderOf(std::span<const char* const> arguments);
 
 /// The format in which to answer, also when the command line is wrong elsewhere.
 OutputFormat formatOf(std::span<const char* const> arguments);

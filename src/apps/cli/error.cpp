@@ -2,8 +2,6 @@
 
 #include "core/reflection.h"
 
-#include <fmt/format.h>
-
 namespace pedvar {
 namespace {
 
@@ -79,8 +77,8 @@ ErrorKind kindOf(GPXError error) {
 
 }  // namespace
 
-JsonValue errorDocument(const CommandError& error) {
-    return {JsonObject{{"kind", {std::string(caseName(error.kind))}}, {"message", {error.message}}}};
+JsonValue errorDocument(const CommandError& error, const Texts& text) {
+    return {JsonObject{{"kind", {std::string(caseName(error.kind))}}, {"message", {text.of(error.message)}}}};
 }
 
 CommandError errorOf(const StoreError& error) {
@@ -96,7 +94,7 @@ CommandError errorOf(const ImportError& error) {
 }
 
 CommandError errorOf(const GPXFailure& failure, const std::string& file) {
-    return {kindOf(failure.error), fmt::format("\"{}\": {}", file, failure.message())};
+    return {kindOf(failure.error), Phrase("\"{}\": {}", {file, failure.message()})};
 }
 
 }  // namespace pedvar

@@ -1,6 +1,7 @@
 /// What can go wrong with a command.
 #pragma once
 
+#include "apps/cli/texts.h"
 #include "core/json_value.h"
 #include "linux/health/store_error.h"
 #include "linux/import/import_error.h"
@@ -43,18 +44,18 @@ enum class ErrorKind {
 /// `message` is for people: what is wrong, where, and what to do.
 struct CommandError {
     ErrorKind kind = ErrorKind::failed;
-    std::string message;
+    Phrase message;
 };
 
 template <class T>
 using CommandResult = std::expected<T, CommandError>;
 
-inline std::unexpected<CommandError> usageError(std::string message) {
+inline std::unexpected<CommandError> usageError(Phrase message) {
     return std::unexpected(CommandError{ErrorKind::usage, std::move(message)});
 }
 
 /// With members "kind" and "message".
-JsonValue errorDocument(const CommandError& error);
+JsonValue errorDocument(const CommandError& error, const Texts& text);
 
 CommandError errorOf(const StoreError& error);
 CommandError errorOf(const DefaultsError& error);

@@ -29,11 +29,11 @@ Figures::Figures(const Locale& locale, const UserPreferences& preferences, Texts
       isTwelveHourClock_(hasTwelveHourClock(locale, preferences.timeFormat)) {}
 
 std::string Figures::steps(std::int64_t count) const {
-    return count == 1 ? text_("{} step", number(count)) : text_("{} steps", number(count));
+    return text_.plural("{} step", "{} steps", count, number(count));
 }
 
 std::string Figures::days(std::int64_t count) const {
-    return count == 1 ? text_("{} day", number(count)) : text_("{} days", number(count));
+    return text_.plural("{} day", "{} days", count, number(count));
 }
 
 std::string Figures::distance(double meters) const {

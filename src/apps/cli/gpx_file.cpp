@@ -3,8 +3,6 @@
 #include "linux/import/byte_source.h"
 #include "linux/xml/expat_parser.h"
 
-#include <fmt/format.h>
-
 #include <optional>
 
 namespace pedvar {
@@ -55,7 +53,7 @@ bool isGPXFile(const std::string& path) {
 CommandError withoutPoints(const std::string& path) {
     const auto root = rootElementOf(path);
     GPXFailure failure{GPXError::noTrackPoints, {}};
-    if (root && !isNameOfGPX(*root)) failure.detail = fmt::format("It is a document of \"{}\".", *root);
+    if (root && !isNameOfGPX(*root)) failure.detail = Phrase("It is a document of \"{}\".", {*root});
     return errorOf(failure, path);
 }
 

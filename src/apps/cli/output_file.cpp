@@ -19,12 +19,12 @@ namespace {
 std::unexpected<CommandError> unwritable(const fs::path& path, int code) {
     const ErrorKind kind = code == ENOSPC || code == EDQUOT ? ErrorKind::full : ErrorKind::unwritable;
     return std::unexpected(
-        CommandError{kind, fmt::format("\"{}\" cannot be written: {}.", path.string(), std::strerror(code))});
+        CommandError{kind, Phrase("\"{}\" cannot be written: {}.", {path.string(), std::strerror(code)})});
 }
 
 std::unexpected<CommandError> alreadyThere(const fs::path& path) {
-    return std::unexpected(CommandError{
-        ErrorKind::fileExists, fmt::format("\"{}\" is there already; --force replaces it.", path.string())});
+    return std::unexpected(CommandError{ErrorKind::fileExists,
+                                        Phrase("\"{}\" is there already; --force replaces it.", {path.string()})});
 }
 
 /// Gives a finished file its name; an error number when that fails.

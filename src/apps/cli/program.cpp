@@ -4,6 +4,7 @@
 #include "apps/cli/command_line.h"
 #include "apps/cli/commands/command.h"
 #include "core/reflection.h"
+#include "linux/system/gettext_texts.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -31,9 +32,40 @@ void tell(std::string_view message) {
     write(stderr, finished(fmt::format("pedvar: {}\n", harmless(message)), STDERR_FILENO));
 }
 
+/// The texts of what is said around a command: in the language of the application once it is there, before in that
+/// of the preferences where they can be read. Nothing is looked at before the first text is asked for.
+class OuterTexts : public TextCatalogue {
+public:
+    OuterTexts(std::span<const char* const> arguments, const std::unique_ptr<Application>& application)
+        : arguments_(arguments), application_(application) {}
+
+    std::string text(std::string_view english) const override { return catalogue().text(english); }
+    std::string plural(std::string_view one, std::string_view many, std::int64_t count) const override {
+        return catalogue().plural(one, many, count);
+    }
+
+private:
+    const TextCatalogue& catalogue() const {
+        if (application_) return application_->catalogue();
+        if (!early_) {
+            early_.emplace();
+            GlobalOptions options;
+            options.dataFolder = dataFolderOf(arguments_);
+            const auto opened = Application::open(options, Access::readOnly);
+            if (opened) early_->speak((*opened)->languageCode());
+        }
+        return *early_;
+    }
+
+    std::span<const char* const> arguments_;
+    const std::unique_ptr<Application>& application_;
+    mutable std::optional<GettextTexts> early_;
+};
+
 /// What is opened to answer goes into `application`, which has to live until the answer is shown.
-CommandResult<Report> answer(std::span<const char* const> arguments, std::unique_ptr<Application>& application) {
-    auto line = parseCommandLine(arguments);
+CommandResult<Report> answer(std::span<const char* const> arguments, const TextCatalogue& words,
+                             std::unique_ptr<Application>& application) {
+    auto line = parseCommandLine(arguments, words);
     if (!line) return std::unexpected(line.error());
     if (const auto* information = std::get_if<Information>(&line->wish)) {
         if (line->global.format == OutputFormat::screen) return Report{information->text};
@@ -44,7 +76,7 @@ CommandResult<Report> answer(std::span<const char* const> arguments, std::unique
         Application::open(line->global, isWriting(request, line->global) ? Access::readWrite : Access::readOnly);
     if (!opened) return std::unexpected(opened.error());
     application = std::move(*opened);
-    if (const auto& warning = application->warning()) tell(*warning);
+    if (const auto& warning = application->warning()) tell(warning->in(words));
     const auto problems = application->defaults().problems();
     if (!problems.empty() && !std::holds_alternative<DoctorRequest>(request)) {
         return std::unexpected(errorOf(problems.front()));
@@ -52,7 +84,7 @@ CommandResult<Report> answer(std::span<const char* const> arguments, std::unique
     return std::visit([&](const auto& wanted) { return run(wanted, *application); }, request);
 }
 
-std::optional<CommandError> show(CommandResult<Report> result, OutputFormat format) {
+std::optional<CommandError> show(CommandResult<Report> result, OutputFormat format, const Texts& words) {
     auto problem = result ? result->problem : std::optional(result.error());
     std::string text;
     bool isWritten = true;
@@ -63,17 +95,17 @@ std::optional<CommandError> show(CommandResult<Report> result, OutputFormat form
     } else if (format == OutputFormat::json) {
         JsonObject document;
         if (result) document = std::get<JsonObject>(std::move(result->content));
-        if (problem) document.emplace_back("error", errorDocument(*problem));
+        if (problem) document.emplace_back("error", errorDocument(*problem, words));
         text = jsonText({std::move(document)}) + "\n";
     } else if (result) {
         text = finished(std::get<std::string>(result->content), STDOUT_FILENO);
     }
     isWritten = write(stdout, text) && isWritten;
     if (!isWritten && !problem) {
-        problem = CommandError{ErrorKind::failed, "standard output cannot be written"};
-        tell(problem->message);
+        problem = CommandError{ErrorKind::failed, Phrase("standard output cannot be written")};
+        tell(words.of(problem->message));
     } else if (problem && format == OutputFormat::screen) {
-        tell(problem->message);
+        tell(words.of(problem->message));
     }
     return problem;
 }
@@ -82,7 +114,8 @@ std::optional<CommandError> show(CommandResult<Report> result, OutputFormat form
 
 ExitCode runProgram(std::span<const char* const> arguments) {
     std::unique_ptr<Application> application;
-    const auto problem = show(answer(arguments, application), formatOf(arguments));
+    const OuterTexts words(arguments, application);
+    const auto problem = show(answer(arguments, words, application), formatOf(arguments), Texts(words));
     return problem ? exitCodeOf(*problem) : ExitCode::done;
 }
 

@@ -85,11 +85,12 @@ StoreResult<std::vector<std::int32_t>> reordered(const std::vector<SourceSummary
         if (named == sources.end()) {
             std::vector<std::string> valid;
             for (const SourceSummary& source : sources) valid.push_back("\"" + source.label + "\"");
+            const std::string choice = fmt::format("{}", fmt::join(valid, ", "));
             const bool isAmbiguous = std::ranges::find(sources, label, &SourceSummary::name) != sources.end();
-            return std::unexpected(
-                StoreError{StoreError::Kind::unknownSource,
-                           fmt::format("{} source is called \"{}\". Choose from: {}.",
-                                       isAmbiguous ? "More than one" : "No", label, fmt::join(valid, ", "))});
+            return std::unexpected(StoreError{
+                StoreError::Kind::unknownSource,
+                isAmbiguous ? Phrase("More than one source is called \"{}\". Choose from: {}.", {label, choice})
+                            : Phrase("No source is called \"{}\". Choose from: {}.", {label, choice})});
         }
         append(named->id);
     }

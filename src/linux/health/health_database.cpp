@@ -79,11 +79,10 @@ StoreResult<Content> content(Connection& connection, const std::string& path) {
     if (application == 0 && connection.number("SELECT count(*) FROM sqlite_schema") == 0) return Content::nothing;
     if (application != applicationId) return std::unexpected(storeError(SqliteFailure(SQLITE_NOTADB, ""), path));
     if (connection.number("PRAGMA user_version") > schemaVersion) {
-        return std::unexpected(
-            StoreError{StoreError::Kind::newerVersion,
-                       fmt::format("The health store {} was written by a newer version of Pedvar. "
-                                   "Install that version to read it.",
-                                   path)});
+        return std::unexpected(StoreError{StoreError::Kind::newerVersion,
+                                          Phrase("The health store {} was written by a newer version of Pedvar. "
+                                                 "Install that version to read it.",
+                                                 {path})});
     }
     return Content::store;
 }
@@ -189,7 +188,7 @@ StoreResult<> HealthDatabase::createFile() {
     if (file >= 0 || errno == EEXIST) return {};
     return std::unexpected(
         StoreError{errno == ENOSPC ? StoreError::Kind::full : StoreError::Kind::unwritable,
-                   fmt::format("The health store {} cannot be created: {}.", name_, std::strerror(errno))});
+                   Phrase("The health store {} cannot be created: {}.", {name_, std::strerror(errno)})});
 }
 
 Subscription HealthDatabase::onSamplesAdded(Event<std::vector<std::string>>::Observer listener) {

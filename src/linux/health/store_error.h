@@ -2,6 +2,7 @@
 #pragma once
 
 #include "linux/sqlite/connection.h"
+#include "platform/phrase.h"
 
 #include <expected>
 #include <string>
@@ -23,8 +24,8 @@ struct StoreError {
         other,
     };
     Kind kind = Kind::other;
-    std::string message;  // what is wrong, where, what to do
-    int sqliteCode = 0;   // SQLite's extended result code; 0 when the failure is not SQLite's
+    Phrase message;      // what is wrong, where, what to do
+    int sqliteCode = 0;  // SQLite's extended result code; 0 when the failure is not SQLite's
 };
 
 template <class T = void>

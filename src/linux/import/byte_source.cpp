@@ -1,7 +1,5 @@
 #include "linux/import/byte_source.h"
 
-#include <fmt/format.h>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,10 +12,10 @@ namespace {
 
 ImportError systemError(const std::filesystem::path& path, int code) {
     if (code == ENOENT || code == ENOTDIR) {
-        return {ImportError::Kind::notFound, fmt::format("There is no file \"{}\".", path.string())};
+        return {ImportError::Kind::notFound, Phrase("There is no file \"{}\".", {path.string()})};
     }
     return {ImportError::Kind::unreadable,
-            fmt::format("\"{}\" cannot be read: {}.", path.string(), std::strerror(code))};
+            Phrase("\"{}\" cannot be read: {}.", {path.string(), std::strerror(code)})};
 }
 
 class FileSource : public ByteSource {
@@ -55,7 +53,7 @@ ImportResult<std::unique_ptr<ByteSource>> openFile(const std::filesystem::path& 
         ::close(descriptor);
         return std::unexpected(
             ImportError{ImportError::Kind::unreadable,
-                        fmt::format("\"{}\" is not a file. Save as a file what is to be read.", path.string())});
+                        Phrase("\"{}\" is not a file. Save as a file what is to be read.", {path.string()})});
     }
     ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
     return std::make_unique<FileSource>(path, descriptor, static_cast<std::uint64_t>(status.st_size));
@@ -70,7 +68,7 @@ ImportResult<std::string> readAll(ByteSource& source, std::size_t longest) {
         if (!count) return std::unexpected(count.error());
         filled += *count;
         if (filled > longest) {
-            return std::unexpected(ImportError{ImportError::Kind::unreadable, "The file is too long."});
+            return std::unexpected(ImportError{ImportError::Kind::unreadable, Phrase("The file is too long.")});
         }
         if (*count == 0) break;
     }

@@ -37,6 +37,7 @@ struct Sign {
     std::string_view name;
 };
 
+// i18n: texts like ^(an? |another|some|the |text)
 /// What a file that is no export looks like, for people.
 std::string_view otherName(std::string_view head) {
     constexpr Sign fronts[] = {{"PK\5\6", "an archive without files"},
@@ -83,6 +84,7 @@ DocumentLook lookOf(std::string_view head) {
     if (!hasReadableEncoding(head)) return {Kind::wrongEncoding, "text in another encoding than UTF-8"};
     return {Kind::healthExport, "a health export"};
 }
+// i18n: end
 
 ImportResult<std::string> headOf(const ImportResult<std::unique_ptr<ByteSource>>& source) {
     if (!source) return std::unexpected(source.error());

@@ -2,8 +2,6 @@
 
 #include "linux/import/document_look.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <iterator>
 #include <system_error>
@@ -15,12 +13,14 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int deepestFolder = 4;
-constexpr std::string_view advice =
-    "Import the archive that the phone's health application exports, or the folder unpacked from it.";
+Phrase advice() {
+    return Phrase(
+        "Import the archive that the phone's health application exports, or the folder unpacked from it.");
+}
 
 ImportError wrongEncoding(std::string_view name, const DocumentLook& look) {
     return {ImportError::Kind::unsupportedEncoding,
-            fmt::format("\"{}\" is {}. Convert it to UTF-8, for example with iconv.", name, look.name)};
+            Phrase("\"{}\" is {}. Convert it to UTF-8, for example with iconv.", {std::string(name), look.name})};
 }
 
 /// Files that systems put beside the real ones.
@@ -55,9 +55,9 @@ ImportResult<std::vector<ExportDocument>> findInArchive(const fs::path& archive)
     }
     if (!documents.empty()) return documents;
     if (problem) return std::unexpected(*problem);
-    return std::unexpected(ImportError{
-        ImportError::Kind::noExportInside,
-        fmt::format("No file in the archive \"{}\" is a health export. {}", archive.string(), advice)});
+    return std::unexpected(
+        ImportError{ImportError::Kind::noExportInside,
+                    Phrase("No file in the archive \"{}\" is a health export. {}", {archive.string(), advice()})});
 }
 
 ImportResult<std::vector<ExportDocument>> findInFile(const fs::path& file) {
@@ -66,7 +66,7 @@ ImportResult<std::vector<ExportDocument>> findInFile(const fs::path& file) {
     if (!head) return std::unexpected(head.error());
     if (head->empty()) {
         return std::unexpected(ImportError{
-            ImportError::Kind::empty, fmt::format("\"{}\" is empty. Export again on the phone.", file.string())});
+            ImportError::Kind::empty, Phrase("\"{}\" is empty. Export again on the phone.", {file.string()})});
     }
     const DocumentLook look = lookOf(*head);
     switch (look.kind) {
@@ -81,7 +81,7 @@ ImportResult<std::vector<ExportDocument>> findInFile(const fs::path& file) {
     }
     return std::unexpected(ImportError{
         ImportError::Kind::notAnExport,
-        fmt::format("\"{}\" is no health export; it looks like {}. {}", file.string(), look.name, advice)});
+        Phrase("\"{}\" is no health export; it looks like {}. {}", {file.string(), look.name, advice()})});
 }
 
 ImportResult<std::vector<ExportDocument>> findInFolder(const fs::path& folder) {
@@ -95,9 +95,9 @@ ImportResult<std::vector<ExportDocument>> findInFolder(const fs::path& folder) {
         if (!isSkipped && walk->is_regular_file(vanished)) files.push_back(walk->path());
     }
     if (error) {
-        return std::unexpected(
-            ImportError{ImportError::Kind::unreadable,
-                        fmt::format("The folder \"{}\" cannot be read: {}.", folder.string(), error.message())});
+        return std::unexpected(ImportError{ImportError::Kind::unreadable,
+                                           Phrase("The folder \"{}\" cannot be read: {}.",
+                                                  {folder.string(), std::string_view(error.message())})});
     }
     std::ranges::sort(files);
 
@@ -116,7 +116,7 @@ ImportResult<std::vector<ExportDocument>> findInFolder(const fs::path& folder) {
     if (problem) return std::unexpected(*problem);
     return std::unexpected(
         ImportError{ImportError::Kind::noExportInside,
-                    fmt::format("No file in the folder \"{}\" is a health export. {}", folder.string(), advice)});
+                    Phrase("No file in the folder \"{}\" is a health export. {}", {folder.string(), advice()})});
 }
 
 }  // namespace

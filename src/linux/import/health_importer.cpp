@@ -171,15 +171,14 @@ void Import::finishDocument(const DocumentEnd& end) {
         if (file.endedEarly && !file.error) {
             file.error = ImportError{
                 ImportError::Kind::damaged,
-                fmt::format(
-                    "\"{}\" ends in the middle. What is there was imported; copy it from the phone again and "
-                    "import it for the rest.",
-                    file.name)};
+                Phrase("\"{}\" ends in the middle. What is there was imported; copy it from the phone again and "
+                       "import it for the rest.",
+                       {file.name})};
         }
     } else {
         file.error = end.outcome.error();
         if (file.error->kind == ImportError::Kind::notAnExport) {
-            file.error->message = fmt::format("\"{}\" cannot be imported. {}", file.name, file.error->message);
+            file.error->message = Phrase("\"{}\" cannot be imported. {}", {file.name, file.error->message});
         }
     }
     if (!personDate_ || end.exportDate >= personDate_) {

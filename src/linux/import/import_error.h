@@ -1,9 +1,10 @@
 /// Why an input cannot be imported.
 #pragma once
 
+#include "platform/phrase.h"
+
 #include <cstdint>
 #include <expected>
-#include <string>
 #include <string_view>
 
 namespace pedvar {
@@ -20,7 +21,7 @@ struct ImportError {
         unsupportedEncoding,  // text that is not UTF-8
     };
     Kind kind = Kind::unreadable;
-    std::string message;  // what is wrong, where, what to do
+    Phrase message;  // what is wrong, where, what to do
 };
 
 /// "notFound", "unreadable" ...

@@ -1,6 +1,5 @@
 #include "linux/import/zip_archive.h"
 
-#include <fmt/format.h>
 #include <minizip/unzip.h>
 
 #include <algorithm>
@@ -19,16 +18,24 @@ struct ZipCloser {
 };
 using ZipHandle = std::unique_ptr<void, ZipCloser>;
 
-ImportError damaged(const std::filesystem::path& archive, std::string_view what) {
-    return {ImportError::Kind::damaged,
-            fmt::format("The archive \"{}\" {}. Copy it from the phone again.", archive.string(), what)};
+ImportError damaged(Phrase message) {
+    return {ImportError::Kind::damaged, std::move(message)};
+}
+
+ImportError unreadableDirectory(const std::filesystem::path& archive) {
+    return damaged(
+        Phrase("The archive \"{}\" is damaged: its directory cannot be read. Copy it from the phone again.",
+               {archive.string()}));
 }
 
 ImportResult<ZipHandle> openArchive(const std::filesystem::path& archive) {
     // Tells a missing or unreadable file from a damaged one.
     if (auto file = openFile(archive); !file) return std::unexpected(file.error());
     ZipHandle handle(unzOpen64(archive.c_str()));
-    if (!handle) return std::unexpected(damaged(archive, "is cut off or damaged: its directory is missing"));
+    if (!handle)
+        return std::unexpected(damaged(Phrase(
+            "The archive \"{}\" is cut off or damaged: its directory is missing. Copy it from the phone again.",
+            {archive.string()})));
     return handle;
 }
 
@@ -46,7 +53,10 @@ public:
         hasEnded_ = true;
         // Closing compares the checksum.
         if (count < 0 || unzCloseCurrentFile(handle_.get()) != UNZ_OK) {
-            return std::unexpected(damaged(archive_, "is damaged: what it holds does not fit its checksum"));
+            return std::unexpected(
+                damaged(Phrase("The archive \"{}\" is damaged: what it holds does not fit its checksum. Copy it "
+                               "from the phone again.",
+                               {archive_.string()})));
         }
         return 0;
     }
@@ -75,10 +85,12 @@ ImportResult<std::vector<ZipEntry>> listZip(const std::filesystem::path& archive
         if (unzGetCurrentFileInfo64(handle->get(), &info, name.data(), name.size(), nullptr, 0, nullptr, 0) !=
                 UNZ_OK ||
             unzGetFilePos64(handle->get(), &position) != UNZ_OK) {
-            return std::unexpected(damaged(archive, "is damaged: its directory cannot be read"));
+            return std::unexpected(unreadableDirectory(archive));
         }
         if (entries.size() == mostEntries) {
-            return std::unexpected(damaged(archive, "holds more files than an export has"));
+            return std::unexpected(damaged(
+                Phrase("The archive \"{}\" holds more files than an export has. Copy it from the phone again.",
+                       {archive.string()})));
         }
         std::string entryName(name.data(), std::min<std::size_t>(info.size_filename, name.size()));
         if (entryName.ends_with('/')) continue;
@@ -86,7 +98,7 @@ ImportResult<std::vector<ZipEntry>> listZip(const std::filesystem::path& archive
                            position.pos_in_zip_directory, position.num_of_file});
     }
     if (status != UNZ_END_OF_LIST_OF_FILE) {
-        return std::unexpected(damaged(archive, "is damaged: its directory cannot be read"));
+        return std::unexpected(unreadableDirectory(archive));
     }
     return entries;
 }
@@ -94,16 +106,19 @@ ImportResult<std::vector<ZipEntry>> listZip(const std::filesystem::path& archive
 ImportResult<std::unique_ptr<ByteSource>> openZipEntry(const std::filesystem::path& archive,
                                                        const ZipEntry& entry) {
     if (entry.isEncrypted) {
-        return std::unexpected(ImportError{
-            ImportError::Kind::passwordProtected,
-            fmt::format("The archive \"{}\" is protected by a password. Unpack it and import the folder.",
-                        archive.string())});
+        return std::unexpected(
+            ImportError{ImportError::Kind::passwordProtected,
+                        Phrase("The archive \"{}\" is protected by a password. Unpack it and import the folder.",
+                               {archive.string()})});
     }
     auto handle = openArchive(archive);
     if (!handle) return std::unexpected(handle.error());
     const unz64_file_pos position{entry.directoryOffset, entry.directoryIndex};
     if (unzGoToFilePos64(handle->get(), &position) != UNZ_OK || unzOpenCurrentFile(handle->get()) != UNZ_OK) {
-        return std::unexpected(damaged(archive, "is damaged or packed in a way that Pedvar does not know"));
+        return std::unexpected(
+            damaged(Phrase("The archive \"{}\" is damaged or packed in a way that Pedvar does not know. Copy it "
+                           "from the phone again.",
+                           {archive.string()})));
     }
     return std::make_unique<ZipEntrySource>(std::move(*handle), archive, entry);
 }

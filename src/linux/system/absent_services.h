@@ -5,17 +5,10 @@
 #include "platform/haptics.h"
 #include "platform/live_activity.h"
 #include "platform/step_goal_notifications.h"
-#include "platform/text_catalogue.h"
 #include "platform/watch_link.h"
 #include "platform/widget_center.h"
 
 namespace pedvar {
-
-/// Every text stays English.
-class EnglishTexts : public TextCatalogue {
-public:
-    std::string text(std::string_view english) const override { return std::string(english); }
-};
 
 /// No widgets show the shared values, so a reload reaches nobody.
 class NoWidgets : public WidgetCenter {

@@ -1,28 +1,22 @@
 #include "linux/system/glibc_locale.h"
 
+#include "linux/system/environment_language.h"
+#include "platform/language_habits.h"
+
 #include <langinfo.h>
 #include <locale.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 
 namespace pedvar {
 
 namespace {
-
-/// The name of the locale of a category ("LC_TIME") in the environment, "C" when there is none.
-std::string localeName(const char* category) {
-    for (const char* variable : {"LC_ALL", category, "LANG"}) {
-        const char* name = std::getenv(variable);
-        if (name && *name) return name;
-    }
-    return "C";
-}
 
 bool isPlain(std::string_view name) {
     return name == "C" || name.starts_with("C.") || name == "POSIX";
@@ -70,16 +64,20 @@ bool countsTwelveHours(std::string_view format) {
 }
 
 std::string languageOfDevice() {
-    std::string name = localeName("LC_MESSAGES");
-    if (isPlain(name)) return "en";
-    // Like the C library, where a language is named at all the list of preferred ones goes before it.
-    if (const char* list = std::getenv("LANGUAGE"); list && *list != '\0' && *list != ':') {
-        name = std::string_view(list).substr(0, std::string_view(list).find(':'));
-    }
-    const LocaleParts parts = partsOf(name);
+    const auto languages = languagesOfEnvironment();
+    if (languages.empty()) return "en";
+    const LocaleParts parts = partsOf(languages.front());
     std::string code(parts.language);
     if (!parts.territory.empty()) code.append("-").append(parts.territory);
     return code;
+}
+
+/// What is known of a locale that is not installed. One that says nothing takes the language that is asked for
+/// beside it.
+std::optional<LanguageHabits> knownHabits(const std::string& locale) {
+    if (!isPlain(locale)) return habitsOf(locale);
+    const auto languages = locale.starts_with("C.") ? languagesOfEnvironment() : std::vector<std::string>();
+    return languages.empty() ? std::nullopt : habitsOf(languages.front());
 }
 
 }  // namespace
@@ -91,8 +89,14 @@ GlibcLocale::GlibcLocale(const ZoneRules& zone) : zone_(zone), languageCode_(lan
 }
 
 void GlibcLocale::readTime() {
-    const auto locale = installedLocale(LC_TIME_MASK, localeName("LC_TIME"));
-    if (!locale) return;
+    const std::string name = localeName("LC_TIME");
+    const auto locale = installedLocale(LC_TIME_MASK, name);
+    if (!locale) {
+        const auto habits = knownHabits(name);
+        if (habits) firstWeekday_ = habits->firstWeekday;
+        if (habits) usesTwelveHourClock_ = habits->usesTwelveHourClock;
+        return;
+    }
     // Days are numbered from the weekday of a date, of which only a Sunday and a Monday are in use.
     constexpr std::uint32_t monday = 19'971'201;
     const int first = *nl_langinfo_l(_NL_TIME_FIRST_WEEKDAY, locale.get());
@@ -102,8 +106,14 @@ void GlibcLocale::readTime() {
 }
 
 void GlibcLocale::readNumbers() {
-    const auto locale = installedLocale(LC_NUMERIC_MASK | LC_CTYPE_MASK, localeName("LC_NUMERIC"));
-    if (!locale) return;
+    const std::string name = localeName("LC_NUMERIC");
+    const auto locale = installedLocale(LC_NUMERIC_MASK | LC_CTYPE_MASK, name);
+    if (!locale) {
+        const auto habits = knownHabits(name);
+        if (habits) decimalSeparator_ = habits->decimalSeparator;
+        if (habits) groupingSeparator_ = habits->groupingSeparator;
+        return;
+    }
     decimalSeparator_ = nl_langinfo_l(RADIXCHAR, locale.get()) == std::string_view(",") ? "," : ".";
     groupingSeparator_ = nl_langinfo_l(THOUSEP, locale.get());
     const bool isUtf8 = nl_langinfo_l(CODESET, locale.get()) == std::string_view("UTF-8");

@@ -9,8 +9,8 @@ namespace pedvar {
 
 /// The locale that the environment names (LC_ALL, else the category's own variable, else LANG), read once.
 ///
-/// A category whose locale is "C", or is not installed, follows ISO habits: weeks begin on Monday, metric units,
-/// "10,000.5", 24 hours. Nothing is set for the process.
+/// A category whose locale is not installed follows what is known of its language, one that is "C" or unknown ISO
+/// habits: weeks begin on Monday, metric units, "10,000.5", 24 hours. Nothing is set for the process.
 class GlibcLocale : public Locale {
 public:
     /// Keeps a reference to `zone`.

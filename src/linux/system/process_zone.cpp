@@ -3,8 +3,6 @@
 #include "linux/system/absl_zone.h"
 #include "linux/system/posix_zone.h"
 
-#include <fmt/format.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -17,7 +15,7 @@ constexpr const char* machineZone = "/etc/localtime";
 
 ProcessZone utcBecause(std::string_view zone) {
     return {AbslZone::utc(),
-            fmt::format("The time zone {} is not known on this machine; times are in UTC.", zone)};
+            Phrase("The time zone {} is not known on this machine; times are in UTC.", {std::string(zone)})};
 }
 
 ProcessZone zoneOfMachine() {

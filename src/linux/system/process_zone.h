@@ -2,17 +2,17 @@
 #pragma once
 
 #include "core/calendar.h"
+#include "platform/phrase.h"
 
 #include <memory>
 #include <optional>
-#include <string>
 
 namespace pedvar {
 
 struct ProcessZone {
     std::unique_ptr<const ZoneRules> rules;
     /// Why the zone is UTC although something else was asked for; a sentence for people.
-    std::optional<std::string> warning;
+    std::optional<Phrase> warning;
 };
 
 /// The zone that TZ names, as a name, a path or a rule, with or without a colon before it; without TZ the

@@ -1,8 +1,11 @@
 # The adapters to the machine.
 set(PEDVAR_SYSTEM_SOURCES
     system/absl_zone.cpp
+    system/environment_language.cpp
     system/event_loop.cpp
+    system/gettext_texts.cpp
     system/glibc_locale.cpp
+    system/message_file.cpp
     system/nlohmann_json_parser.cpp
     system/posix_zone.cpp
     system/process_zone.cpp

@@ -27,7 +27,7 @@ constexpr mode_t ownerOnlyFile = 0600;
 /// Why the last call of the system failed.
 DefaultsError systemError() {
     const auto kind = errno == ENOSPC ? DefaultsError::Kind::full : DefaultsError::Kind::unwritable;
-    return {std::strerror(errno), kind};
+    return {Phrase(std::strerror(errno)), kind};
 }
 
 /// Why `path` could not be made. Folders that are missing above it are made too.
@@ -122,7 +122,7 @@ DefaultsResult SqliteDefaults::write(const std::vector<DefaultsChange>& changes)
     }
     return change(files, [&](Connection& connection) {
         writeAll(connection, changes, files.front());
-        return std::optional<std::string>();
+        return std::optional<Phrase>();
     });
 }
 
@@ -131,7 +131,7 @@ DefaultsResult SqliteDefaults::update(const std::function<std::vector<DefaultsCh
     if (shared()) files.push_back(&shared_);
     return change(files, [&](Connection& connection) {
         writeAll(connection, plan(), &standard_);
-        return std::optional<std::string>();
+        return std::optional<Phrase>();
     });
 }
 
@@ -141,7 +141,7 @@ DefaultsResult SqliteDefaults::changeStandard(const Change& change) {
 
 DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) {
     if (access_ == Access::readOnly) {
-        return std::unexpected(DefaultsError{"The settings were opened only to be looked at."});
+        return std::unexpected(DefaultsError{Phrase("The settings were opened only to be looked at.")});
     }
     if (files.empty()) return {};
     for (const SqliteDefaultsFile* file : files) {
@@ -158,7 +158,7 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
     hasWaitedInVain_ = reason && reason->kind == DefaultsError::Kind::busy;
     if (!reason) return {};
     return std::unexpected(DefaultsError{
-        fmt::format("The settings in {} were not changed: {}.", folder.string(), reason->message), reason->kind});
+        Phrase("The settings in {} were not changed: {}.", {folder.string(), reason->message}), reason->kind});
 }
 
 std::optional<DefaultsError> SqliteDefaults::transactOver(const Files& files, const Change& change) {

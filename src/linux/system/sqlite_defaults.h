@@ -38,7 +38,7 @@ public:
     /// For what else stands in the standard file than values.
     const SqliteDefaultsFile& standardFile() const { return standard_; }
     /// Makes a change within a transaction, or yields why it cannot be made, as the end of a sentence.
-    using Change = std::function<std::optional<std::string>(Connection&)>;
+    using Change = std::function<std::optional<Phrase>(Connection&)>;
     DefaultsResult changeStandard(const Change& change);
 
     /// Why values could not be read, for each file; empty when they could, and when there are none.

@@ -3,8 +3,6 @@
 #include "linux/system/sqlite_defaults_format.h"
 #include "linux/system/sqlite_parts_format.h"
 
-#include <fmt/format.h>
-
 #include <system_error>
 #include <utility>
 
@@ -36,7 +34,7 @@ std::optional<DefaultsError> SqliteDefaultsFile::damage() const {
     try {
         Rows findings = connection_->query("pragma integrity_check(1)");
         if (findings.next() && findings.text(0) != "ok") {
-            fail({fmt::format("it is damaged ({})", findings.text(0)), DefaultsError::Kind::damaged});
+            fail({Phrase("it is damaged ({})", {std::string(findings.text(0))}), DefaultsError::Kind::damaged});
         }
     } catch (const SqliteFailure& failure) {
         fail(reasonOf(failure));
@@ -52,7 +50,7 @@ void SqliteDefaultsFile::open() const {
     if (connection_ || problem_) return;
     std::error_code error;
     if (const auto status = std::filesystem::status(path_, error); !std::filesystem::exists(status)) {
-        if (status.type() != std::filesystem::file_type::not_found) fail({error.message()});
+        if (status.type() != std::filesystem::file_type::not_found) fail({std::string_view(error.message())});
         return;
     }
     try {
@@ -83,8 +81,7 @@ Found SqliteDefaultsFile::read(Found (*find)(Connection&, std::string_view), std
 }
 
 void SqliteDefaultsFile::fail(const DefaultsError& reason) const {
-    problem_ = {fmt::format("The settings in {} cannot be read: {}.", path_.string(), reason.message),
-                reason.kind};
+    problem_ = {Phrase("The settings in {} cannot be read: {}.", {path_.string(), reason.message}), reason.kind};
 }
 
 }  // namespace pedvar

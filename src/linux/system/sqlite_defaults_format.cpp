@@ -53,10 +53,11 @@ std::expected<bool, DefaultsError> holdsDefaults(Connection& connection, std::st
     if (version == formatVersion) return true;
     if (version > formatVersion) {
         return std::unexpected(
-            DefaultsError{"it was written by a newer Pedvar", DefaultsError::Kind::newerVersion});
+            DefaultsError{Phrase("it was written by a newer Pedvar"), DefaultsError::Kind::newerVersion});
     }
     if (connection.number(fmt::format("select count(*) from {}.sqlite_schema", schema)) == 0) return false;
-    return std::unexpected(DefaultsError{"it is a database of something else", DefaultsError::Kind::notAStore});
+    return std::unexpected(
+        DefaultsError{Phrase("it is a database of something else"), DefaultsError::Kind::notAStore});
 }
 
 void createDefaultsTables(Connection& connection, std::string_view schema) {
@@ -102,20 +103,20 @@ DefaultsError reasonOf(const SqliteFailure& failure) {
     switch (failure.primaryCode()) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return {"another process keeps writing there", busy};
+            return {Phrase("another process keeps writing there"), busy};
         case SQLITE_FULL:
-            return {"there is no space left on the disk", full};
+            return {Phrase("there is no space left on the disk"), full};
         case SQLITE_READONLY:
         case SQLITE_PERM:
-            return {"the file or its folder is read-only", unwritable};
+            return {Phrase("the file or its folder is read-only"), unwritable};
         case SQLITE_CANTOPEN:
-            return {"the file or one beside it cannot be opened", unwritable};
+            return {Phrase("the file or one beside it cannot be opened"), unwritable};
         case SQLITE_NOTADB:
-            return {"the file is not a database", notAStore};
+            return {Phrase("the file is not a database"), notAStore};
         case SQLITE_CORRUPT:
-            return {"the file is damaged", damaged};
+            return {Phrase("the file is damaged"), damaged};
         default:
-            return {failure.what(), unwritable};
+            return {std::string(failure.what()), unwritable};
     }
 }
 

@@ -13,7 +13,7 @@ std::vector<Part> SqliteDocumentParts::list(std::string_view name) const {
 }
 
 DefaultsResult SqliteDocumentParts::write(const std::vector<PartsChange>& changes) {
-    return defaults_.changeStandard([&](Connection& connection) -> std::optional<std::string> {
+    return defaults_.changeStandard([&](Connection& connection) -> std::optional<Phrase> {
         for (const PartsChange& change : changes) {
             if (auto reason = changeParts(connection, change)) return reason;
         }

@@ -96,14 +96,17 @@ void addInFront(Connection& connection, std::int64_t list, const std::string& te
     write(connection, {place, {text}, sharedRowSize - std::min(size, sharedRowSize)});
 }
 
-constexpr const char* changedMeanwhile = "another process has just changed the same";
+const Phrase& changedMeanwhile() {
+    static const Phrase reason("another process has just changed the same");
+    return reason;
+}
 
 /// Each yields why the change cannot be made.
 class PartsChanger {
 public:
     explicit PartsChanger(Connection& connection) : connection_(connection) {}
 
-    std::optional<std::string> operator()(const SetFrame& change) {
+    std::optional<Phrase> operator()(const SetFrame& change) {
         if (change.frame) {
             connection_.run(
                 "insert into defaults values(?, ?, ?) "
@@ -115,7 +118,7 @@ public:
         return std::nullopt;
     }
 
-    std::optional<std::string> operator()(const AddPart& change) {
+    std::optional<Phrase> operator()(const AddPart& change) {
         std::int64_t list = numberOf(connection_, change.list);
         if (list == 0) {
             connection_.run("insert into lists(name) values(?)", std::string_view(change.list));
@@ -127,18 +130,18 @@ public:
         }
         const std::int64_t place = placeOf(list, *change.position);
         const auto next = rowAt(connection_, list, place);
-        if (next && next->firstPlace() <= place) return fmt::format("a part of {} is there already", change.list);
+        if (next && next->firstPlace() <= place) return Phrase("a part of {} is there already", {change.list});
         write(connection_, {.lastPlace = place, .texts = {change.text}});
         return std::nullopt;
     }
 
-    std::optional<std::string> operator()(const ReplacePart& change) {
+    std::optional<Phrase> operator()(const ReplacePart& change) {
         const std::int64_t list = numberOf(connection_, change.list);
         const std::int64_t place = placeOf(list, change.position);
         auto row = rowAt(connection_, list, place);
-        if (!row || place < row->firstPlace()) return changedMeanwhile;
+        if (!row || place < row->firstPlace()) return changedMeanwhile();
         const auto text = row->texts.begin() + (place - row->firstPlace());
-        if (*text != change.expected) return changedMeanwhile;
+        if (*text != change.expected) return changedMeanwhile();
         if (change.replacement) {
             *text = *change.replacement;
             write(connection_, *row);
@@ -152,7 +155,7 @@ public:
         return std::nullopt;
     }
 
-    std::optional<std::string> operator()(const RemoveList& change) {
+    std::optional<Phrase> operator()(const RemoveList& change) {
         const std::int64_t list = numberOf(connection_, change.list);
         connection_.run("delete from parts where place between ? and ?", firstPlace(list), lastPlace(list));
         connection_.run("delete from lists where number = ?", list);
@@ -191,7 +194,7 @@ std::vector<Part> readList(Connection& connection, std::string_view name) {
     return parts;
 }
 
-std::optional<std::string> changeParts(Connection& connection, const PartsChange& change) {
+std::optional<Phrase> changeParts(Connection& connection, const PartsChange& change) {
     return std::visit(PartsChanger(connection), change);
 }
 

@@ -22,6 +22,6 @@ std::optional<std::string> readFrame(Connection& connection, std::string_view ke
 std::vector<Part> readList(Connection& connection, std::string_view name);
 
 /// Why the change cannot be made, as the end of a sentence; none when it is.
-std::optional<std::string> changeParts(Connection& connection, const PartsChange& change);
+std::optional<Phrase> changeParts(Connection& connection, const PartsChange& change);
 
 }  // namespace pedvar

@@ -41,27 +41,28 @@ public:
             // Bytes of a tag whose end has not been seen. Expat starts over with it, so each window doubles it.
             const XML_Index unfinished =
                 bytesRead - std::max<XML_Index>(XML_GetCurrentByteIndex(parser_.get()), 0);
-            if (unfinished > longestToken) return failure("a tag or comment is too long");
+            if (unfinished > longestToken) return failure(Phrase("a tag or comment is too long"));
             const int size =
                 static_cast<int>(std::min(std::max(window, unfinished), longestToken + 1 - unfinished));
             void* buffer = XML_GetBuffer(parser_.get(), size);
-            if (buffer == nullptr) return failure("out of memory");
+            if (buffer == nullptr) return failure(Phrase("out of memory"));
             const std::size_t count = source({static_cast<char*>(buffer), static_cast<std::size_t>(size)});
             bytesRead += static_cast<XML_Index>(count);
             const bool isEnd = count == 0;
             if (XML_ParseBuffer(parser_.get(), static_cast<int>(count), isEnd) != XML_STATUS_OK) {
-                return failure(isTooDeep_ ? "elements are nested too deep"
-                                          : XML_ErrorString(XML_GetErrorCode(parser_.get())));
+                return failure(isTooDeep_ ? Phrase("elements are nested too deep")
+                                          : Phrase(XML_ErrorString(XML_GetErrorCode(parser_.get()))));
             }
             if (isEnd) return {};
         }
     }
 
 private:
-    std::unexpected<XmlError> failure(const std::string& what) const {
-        return std::unexpected(XmlError{what + " (line " +
-                                        std::to_string(XML_GetCurrentLineNumber(parser_.get())) + ", column " +
-                                        std::to_string(XML_GetCurrentColumnNumber(parser_.get())) + ")"});
+    std::unexpected<XmlError> failure(Phrase what) const {
+        return std::unexpected(
+            XmlError{Phrase("{0} (line {1}, column {2})",
+                            {std::move(what), std::to_string(XML_GetCurrentLineNumber(parser_.get())),
+                             std::to_string(XML_GetCurrentColumnNumber(parser_.get()))})});
     }
 
     static Reading& of(void* userData) { return *static_cast<Reading*>(userData); }

@@ -61,7 +61,9 @@ CommandResult<Report> run(const ActivitiesRequest&, Application& application) {
     if (const std::size_t count = history.unreadableCount(); count > 0) {
         problem =
             CommandError{ErrorKind::damaged,
-                         application.text()("Of the stored activities, {} cannot be read; they are kept.", count)};
+                         application.text().plural("Of the stored activities, {} cannot be read; it is kept.",
+                                                   "Of the stored activities, {} cannot be read; they are kept.",
+                                                   static_cast<std::int64_t>(count), count)};
     }
     if (application.wantsJson()) return Report{document(*activities, calendar), std::move(problem)};
     return Report{view(*activities, application.screen(), calendar), std::move(problem)};

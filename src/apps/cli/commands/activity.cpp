@@ -5,6 +5,7 @@
 #include "apps/cli/charts.h"
 #include "apps/cli/commands/command.h"
 #include "apps/cli/commands/day_views.h"
+#include "core/units.h"
 #include "routes/way.h"
 
 #include <unistd.h>
@@ -90,17 +91,17 @@ std::string view(const Whole& whole, const Screen& screen, const Calendar& calen
     };
     add(screen.text("Route"), routePicture(whole.points, whole.marks, screen));
     add(screen.text("Elevation"), elevationPicture(whole.points, whole.marks, screen));
-    add(screen.figures.unitName() == "mi" ? screen.text("Miles") : screen.text("Kilometres"),
+    add(screen.figures.unitLength() == metersPerMile ? screen.text("Miles") : screen.text("Kilometres"),
         splitTable(whole.splits, whole.activity, screen));
     return result;
 }
 
 /// Whether a person says yes at the terminal.
-bool isConfirmed(const std::string& question) {
+bool isConfirmed(const std::string& question, const std::string& yes) {
     std::fputs(question.c_str(), stderr);
     std::string answer;
     std::getline(std::cin, answer);
-    return answer == "y" || answer == "Y" || answer == "yes";
+    return answer == "y" || answer == "Y" || answer == "yes" || answer == yes;
 }
 
 CommandResult<Report> deleted(const Activity& activity, const ActivityRequest& request, Application& application) {
@@ -111,7 +112,7 @@ CommandResult<Report> deleted(const Activity& activity, const ActivityRequest& r
         if (application.wantsJson() || isatty(STDIN_FILENO) != 1) {
             return usageError(screen.text("--delete asks first, and here nobody can answer; add --yes."));
         }
-        isWanted = isConfirmed(screen.text("Delete \"{}\" with its route? [y/N] ", title));
+        isWanted = isConfirmed(screen.text("Delete \"{}\" with its route? [y/N] ", title), screen.text("y"));
     }
     if (isWanted) {
         const auto removed = commandResult(application.sessions().remove(activity.id));

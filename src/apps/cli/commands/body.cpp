@@ -116,12 +116,12 @@ std::string historyView(std::span<const Reading> readings, const Measure& measur
     return result;
 }
 
-std::string view(std::string_view title, std::optional<double> current, const Measure& measure,
+std::string view(const Phrase& title, std::optional<double> current, const Measure& measure,
                  const std::vector<Reading>& readings, Application& application) {
     const Screen screen = application.screen();
     const auto shown = [&](double value) { return (screen.figures.*measure.shown)(value); };
     std::vector<std::pair<std::string, std::string>> lines{
-        {screen.text.lookUp(title), current ? shown(*current) : screen.text("not known yet")}};
+        {screen.text.of(title), current ? shown(*current) : screen.text("not known yet")}};
     if (measure.unit.dimension == Dimension::mass) {
         const auto target = application.settings().personalMetrics().targetWeight;
         if (target) lines.emplace_back(screen.text("Target"), shown(*target));
@@ -131,7 +131,7 @@ std::string view(std::string_view title, std::optional<double> current, const Me
     return result + "\n" + historyView(readings, measure, application.settings().calendar(), screen);
 }
 
-CommandResult<Report> answer(const BodyRequest& request, std::string_view title, const Measure& measure,
+CommandResult<Report> answer(const BodyRequest& request, const Phrase& title, const Measure& measure,
                              Published<std::optional<double>> BodyMetrics::* current, Application& application) {
     std::optional<double> amount;
     if (request.value) {
@@ -157,11 +157,11 @@ CommandResult<Report> answer(const BodyRequest& request, std::string_view title,
 }  // namespace
 
 CommandResult<Report> run(const WeightRequest& request, Application& application) {
-    return answer(request, "Weight", weightMeasure, &BodyMetrics::currentWeight, application);
+    return answer(request, Phrase("Weight"), weightMeasure, &BodyMetrics::currentWeight, application);
 }
 
 CommandResult<Report> run(const HeightRequest& request, Application& application) {
-    return answer(request, "Height", heightMeasure, &BodyMetrics::currentHeight, application);
+    return answer(request, Phrase("Height"), heightMeasure, &BodyMetrics::currentHeight, application);
 }
 
 }  // namespace pedvar

@@ -109,7 +109,7 @@ std::string view(const HydrationSettings& settings, const Application& applicati
         const bool isDefault = settings.defaultContainerID == container.id;
         result += leftAligned(harmless(container.label), longestLabel + 2) +
                   rightAligned(screen.figures.volume(container.milliliters, unit), 11) + "  " +
-                  leftAligned(application.catalogue().text(displayName(container.drinkType)), 16) +
+                  leftAligned(screen.text.lookUp(displayName(container.drinkType)), 16) +
                   (isDefault ? screen.text("default") : std::string()) + "\n";
     }
     return result;

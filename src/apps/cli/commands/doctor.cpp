@@ -38,12 +38,14 @@ void add(Findings& findings, const StoreExamination& examination, const Screen& 
 Findings examine(Application& application) {
     Findings findings;
     for (const DefaultsError& damage : application.defaults().damages())
-        findings.problems.push_back(damage.message);
+        findings.problems.push_back(application.text().of(damage.message));
     findings.setAside = application.defaults().standardFile().keysSetAside();
     SqliteDocumentParts parts(application.defaults());
     if (const auto count = SessionHistory(parts).unreadableCount(); count > 0) {
-        findings.problems.push_back(application.text()(
-            "{} of the activities cannot be read. They are left out, and set aside with the next change.", count));
+        findings.problems.push_back(application.text().plural(
+            "{} of the activities cannot be read. It is left out, and set aside with the next change.",
+            "{} of the activities cannot be read. They are left out, and set aside with the next change.",
+            static_cast<std::int64_t>(count), count));
     }
     const std::string folder = application.folder().string();
     if (std::filesystem::exists(folder) && ::access(folder.c_str(), W_OK | X_OK) != 0) {
@@ -52,14 +54,14 @@ Findings examine(Application& application) {
     }
     const auto health = application.health();
     if (!health) {
-        findings.problems.push_back(health.error().message);
+        findings.problems.push_back(application.text().of(health.error().message));
         return findings;
     }
     const auto examination = HealthAdministration((*health)->database).examine();
     if (examination) {
         add(findings, *examination, application.screen());
     } else {
-        findings.problems.push_back(examination.error().message);
+        findings.problems.push_back(application.text().of(examination.error().message));
     }
     return findings;
 }
@@ -90,12 +92,13 @@ std::string view(const Findings& findings, Application& application) {
     std::vector<std::pair<std::string, std::string>> lines{
         {screen.text("Data folder"), harmless(application.folder().string())}};
     for (const auto& [table, count] : findings.rows) {
-        lines.emplace_back(table, screen.text("{} rows", screen.figures.number(count)));
+        lines.emplace_back(table, screen.text.plural("{} row", "{} rows", count, screen.figures.number(count)));
     }
     std::string result = labelled(lines) + "\n";
     if (findings.staleDays > 0) {
-        result += screen.text("The totals of {} wait to be made; until then reading takes longer.\n",
-                              screen.figures.days(findings.staleDays));
+        result += screen.text.plural("The totals of {} day wait to be made; until then reading takes longer.\n",
+                                     "The totals of {} days wait to be made; until then reading takes longer.\n",
+                                     findings.staleDays, screen.figures.number(findings.staleDays));
     }
     for (const std::string& key : findings.setAside) {
         result += screen.text("A document could not be read once; it is kept under \"{}\".\n", harmless(key));

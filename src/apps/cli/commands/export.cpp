@@ -78,7 +78,8 @@ CommandResult<Report> toFile(const ExportedRoute& route, const ExportRequest& re
     const auto count = static_cast<std::int64_t>(route.points.size());
     if (application.wantsJson()) return Report{JsonObject{{"file", {*request.file}}, {"points", {count}}}};
     const Screen screen = application.screen();
-    return Report{screen.text("{0} points are in {1}.", screen.figures.number(count), harmless(*request.file)) +
+    return Report{screen.text.plural("{0} point is in {1}.", "{0} points are in {1}.", count,
+                                     screen.figures.number(count), harmless(*request.file)) +
                   "\n"};
 }
 

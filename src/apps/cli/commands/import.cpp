@@ -148,13 +148,13 @@ CommandResult<Report> run(const ImportRequest& request, Application& application
         const auto imported = importExports(files.exports, application);
         if (!imported) return std::unexpected(imported.error());
         problem = imported->problem;
-        document = importDocument(imported->report);
+        document = importDocument(imported->report, application.text());
         view = importView(imported->report, application.screen()) + newBadgeLines(application);
     }
     if (*type) {
         const auto imported = importActivities(files.gpx, **type, application);
         if (!problem) problem = problemOf(imported);
-        document.emplace_back("activities", JsonValue{importedDocument(imported)});
+        document.emplace_back("activities", JsonValue{importedDocument(imported, application.text())});
         if (!view.empty()) view += "\n";
         view += importedView(imported, application.screen(), application.settings().calendar());
     }

@@ -60,7 +60,7 @@ std::vector<ImportedGPX> importActivities(const std::vector<std::string>& paths,
     return result;
 }
 
-JsonArray importedDocument(const std::vector<ImportedGPX>& imported) {
+JsonArray importedDocument(const std::vector<ImportedGPX>& imported, const Texts& text) {
     JsonArray result;
     for (const ImportedGPX& gpx : imported) {
         result.push_back({JsonObject{
@@ -68,7 +68,7 @@ JsonArray importedDocument(const std::vector<ImportedGPX>& imported) {
             {"id", gpx.activity ? JsonValue{gpx.activity->id.text()} : JsonValue{}},
             {"added", {gpx.isNew}},
             {"pointsWithoutTime", {static_cast<std::int64_t>(gpx.pointsWithoutTime)}},
-            {"error", gpx.error ? errorDocument(*gpx.error) : JsonValue{}},
+            {"error", gpx.error ? errorDocument(*gpx.error, text) : JsonValue{}},
         }});
     }
     return result;
@@ -79,7 +79,7 @@ std::string importedView(const std::vector<ImportedGPX>& imported, const Screen&
     std::string result;
     for (const ImportedGPX& gpx : imported) {
         if (!gpx.activity) {
-            if (imported.size() > 1) result += harmless(gpx.error->message) + "\n";
+            if (imported.size() > 1) result += harmless(screen.text.of(gpx.error->message)) + "\n";
             continue;
         }
         const std::string title = titleOf(*gpx.activity, screen, calendar);
@@ -89,8 +89,9 @@ std::string importedView(const std::vector<ImportedGPX>& imported, const Screen&
                              : screen.text("Already there: {0}, {1} ({2})", title, distance, id)) +
                   "\n";
         if (gpx.pointsWithoutTime > 0) {
-            result += screen.text("Left out: {} points without a time",
-                                  screen.figures.number(static_cast<std::int64_t>(gpx.pointsWithoutTime))) +
+            const auto count = static_cast<std::int64_t>(gpx.pointsWithoutTime);
+            result += screen.text.plural("Left out: {} point without a time", "Left out: {} points without a time",
+                                         count, screen.figures.number(count)) +
                       "\n";
         }
     }

@@ -23,7 +23,7 @@ struct ImportedGPX {
 std::vector<ImportedGPX> importActivities(const std::vector<std::string>& paths, ActivityType type,
                                           Application& application);
 
-JsonArray importedDocument(const std::vector<ImportedGPX>& imported);
+JsonArray importedDocument(const std::vector<ImportedGPX>& imported, const Texts& text);
 std::string importedView(const std::vector<ImportedGPX>& imported, const Screen& screen, const Calendar& calendar);
 
 }  // namespace pedvar

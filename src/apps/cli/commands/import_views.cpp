@@ -28,10 +28,10 @@ JsonObject countsDocument(const ImportCounts& counts) {
     };
 }
 
-JsonValue fileDocument(const ImportedFile& file) {
+JsonValue fileDocument(const ImportedFile& file, const Texts& text) {
     JsonObject result{{"file", {file.name}}};
     for (auto& member : countsDocument(file.counts)) result.push_back(std::move(member));
-    result.emplace_back("error", file.error ? errorDocument(errorOf(file)) : JsonValue());
+    result.emplace_back("error", file.error ? errorDocument(errorOf(file), text) : JsonValue());
     return {std::move(result)};
 }
 
@@ -73,10 +73,10 @@ CommandError errorOf(const ImportedFile& file) {
     return error;
 }
 
-JsonObject importDocument(const ImportReport& report) {
+JsonObject importDocument(const ImportReport& report, const Texts& text) {
     JsonObject result = countsDocument(report.counts);
     JsonArray files;
-    for (const ImportedFile& file : report.files) files.push_back(fileDocument(file));
+    for (const ImportedFile& file : report.files) files.push_back(fileDocument(file, text));
     result.emplace_back("files", JsonValue{std::move(files)});
     return result;
 }
@@ -97,8 +97,9 @@ std::string importView(const ImportReport& report, const Screen& screen) {
     };
     if (counts.workoutsRead > 0) {
         lines.emplace_back(screen.text("Workouts added"),
-                           screen.text("{} of {}, with {} routes", figures.number(counts.workouts),
-                                       figures.number(counts.workoutsRead), figures.number(counts.routes)));
+                           screen.text.plural("{} of {}, with {} route", "{} of {}, with {} routes", counts.routes,
+                                              figures.number(counts.workouts), figures.number(counts.workoutsRead),
+                                              figures.number(counts.routes)));
     }
     if (counts.workoutsSkipped > 0) {
         lines.emplace_back(screen.text("Workouts skipped"), figures.number(counts.workoutsSkipped));

@@ -10,7 +10,7 @@
 
 namespace pedvar {
 
-JsonObject importDocument(const ImportReport& report);
+JsonObject importDocument(const ImportReport& report, const Texts& text);
 std::string importView(const ImportReport& report, const Screen& screen);
 
 /// The error of a file that has one.

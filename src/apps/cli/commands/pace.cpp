@@ -86,8 +86,8 @@ std::string view(const Pace& pace, const std::string& label, const Screen& scree
     if (pace.curves.usual) return result;
     const std::int64_t missing = StepPaceBaseline::fewestDays - pace.dayCount;
     return result + "\n" +
-           (missing == 1 ? screen.text("1 more day of history and your typical day appears here.")
-                         : screen.text("{} more days of history and your typical day appears here.", missing)) +
+           screen.text.plural("{} more day of history and your typical day appears here.",
+                              "{} more days of history and your typical day appears here.", missing, missing) +
            "\n";
 }
 

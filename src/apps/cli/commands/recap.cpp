@@ -42,7 +42,8 @@ std::string view(const Recap& recap, const Screen& screen) {
                {screen.text("Total"), figures.steps(month.totalSteps)},
                {screen.text("Average"), screen.text("{} a day", figures.number(month.averageSteps, 0))},
                {screen.text("Best day"), best},
-               {screen.text("Goal met"), screen.text("on {}", figures.days(month.goalDays))},
+               {screen.text("Goal met"),
+                screen.text.plural("on {} day", "on {} days", month.goalDays, figures.number(month.goalDays))},
                {screen.text("Distance"), figures.distance(month.distanceMeters)},
            });
 }

@@ -43,7 +43,7 @@ JsonValue elevationDocument(const std::optional<ElevationChange>& elevation) {
                        {"highest", {elevation->highest}}}};
 }
 
-JsonObject document(const RouteFile& file) {
+JsonObject document(const RouteFile& file, const Texts& text) {
     JsonObject result{{"file", {file.path}}};
     if (isReadable(file)) {
         const RouteSummary summary = summaryOf(file.document);
@@ -65,7 +65,7 @@ JsonObject document(const RouteFile& file) {
             result.emplace_back(absent, JsonValue{});
         }
     }
-    result.emplace_back("error", file.error ? errorDocument(*file.error) : JsonValue{});
+    result.emplace_back("error", file.error ? errorDocument(*file.error, text) : JsonValue{});
     return result;
 }
 
@@ -119,8 +119,10 @@ void writeRoute(const GPXDocument& document, const TextSink& sink) {
 
 std::string countsLine(const RouteSummary& summary, const Screen& screen) {
     const auto number = [&](std::size_t count) { return screen.figures.number(static_cast<std::int64_t>(count)); };
-    if (summary.segments.size() == 1) return number(summary.points);
-    return screen.text("{0} in {1} segments", number(summary.points), number(summary.segments.size()));
+    const auto segments = static_cast<std::int64_t>(summary.segments.size());
+    if (segments == 1) return number(summary.points);
+    return screen.text.plural("{0} in {1} segment", "{0} in {1} segments", segments, number(summary.points),
+                              number(summary.segments.size()));
 }
 
 std::string view(const RouteFile& file, const Screen& screen) {
@@ -129,7 +131,8 @@ std::string view(const RouteFile& file, const Screen& screen) {
     const auto share = [&](std::size_t count) {
         if (count == summary.points) return screen.text("of all points");
         if (count == 0) return screen.text("of no point");
-        return screen.text("of {} points", figures.number(static_cast<std::int64_t>(count)));
+        const auto some = static_cast<std::int64_t>(count);
+        return screen.text.plural("of {} point", "of {} points", some, figures.number(some));
     };
     std::vector<std::pair<std::string, std::string>> lines;
     if (file.document.trackName) lines.emplace_back(screen.text("Name"), harmless(*file.document.trackName));
@@ -162,7 +165,7 @@ LongAnswer documents(const RouteRequest& request, Date now, const Texts& text) {
         for (const std::string& path : request.paths) {
             if (&path != &request.paths.front()) sink(",");
             const RouteFile file = readFile(path, now);
-            std::string members = jsonText({document(file)});
+            std::string members = jsonText({document(file, text)});
             members.pop_back();  // the bracket, which follows
             sink(members);
             if (request.detail == RouteRequest::Detail::points) writeRoute(file.document, sink);
@@ -171,7 +174,7 @@ LongAnswer documents(const RouteRequest& request, Date now, const Texts& text) {
         }
         sink("]");
         auto problem = problemOf(errors, request.paths.size(), text);
-        if (problem) sink(",\"error\":" + jsonText(errorDocument(*problem)));
+        if (problem) sink(",\"error\":" + jsonText(errorDocument(*problem, text)));
         sink("}\n");
         return problem;
     };
@@ -193,7 +196,7 @@ CommandResult<Report> run(const RouteRequest& request, Application& application)
         if (file.error) errors.push_back(*file.error);
         if (file.error && request.paths.size() == 1) break;
         if (!result.empty()) result += "\n";
-        result += file.error ? harmless(file.error->message) + "\n" : view(file, screen);
+        result += file.error ? harmless(screen.text.of(file.error->message)) + "\n" : view(file, screen);
     }
     return Report{std::move(result), problemOf(errors, request.paths.size(), application.text())};
 }

@@ -62,9 +62,9 @@ CommandResult<std::pair<double, DrinkType>> drinkOf(const WaterRequest& request,
     return std::pair(container->milliliters, type);
 }
 
-std::string drinkText(const Drink& drink, VolumeUnit unit, const Application& application, const Screen& screen) {
+std::string drinkText(const Drink& drink, VolumeUnit unit, const Screen& screen) {
     return screen.text("{0} of {1}", screen.figures.volume(drink.milliliters, unit),
-                       application.catalogue().text(displayName(drink.drinkType)));
+                       screen.text.lookUp(displayName(drink.drinkType)));
 }
 
 /// Does what is asked for, and says so.
@@ -75,13 +75,13 @@ CommandResult<std::string> act(const WaterRequest& request, Water& water, Applic
     if (request.undo) {
         const auto undone = application.loop().run(water.manager.undo());
         if (!undone) return std::unexpected(errorOf(undone.error(), screen.text));
-        return screen.text("Taken back: {}.", drinkText(*undone, unit, application, screen)) + "\n\n";
+        return screen.text("Taken back: {}.", drinkText(*undone, unit, screen)) + "\n\n";
     }
     const auto wanted = drinkOf(request, settings, screen.text);
     if (!wanted) return std::unexpected(wanted.error());
     const auto drunk = application.loop().run(water.manager.drink(wanted->first, wanted->second));
     if (!drunk) return std::unexpected(errorOf(drunk.error(), screen.text));
-    return screen.text("Added: {}.", drinkText(*drunk, unit, application, screen)) + "\n\n";
+    return screen.text("Added: {}.", drinkText(*drunk, unit, screen)) + "\n\n";
 }
 
 CommandResult<Shown> look(const WaterRequest& request, Water& water, Application& application) {
@@ -97,7 +97,7 @@ CommandResult<Shown> look(const WaterRequest& request, Water& water, Application
                 .calendar = application.settings().calendar()};
     if (!request.history) return shown;
     const auto days = application.loop().run(water.manager.fetchDays(shown.firstDay, today));
-    if (!days) return std::unexpected(CommandError{ErrorKind::failed, "The drinks cannot be read."});
+    if (!days) return std::unexpected(CommandError{ErrorKind::failed, Phrase("The drinks cannot be read.")});
     shown.days = *days;
     shown.drinks =
         water.manager.drinks({shown.calendar.start(shown.firstDay), shown.calendar.interval(today).end});
@@ -143,7 +143,7 @@ std::string todayView(const Shown& shown, const Screen& screen) {
            screen.accented(filled) + screen.faint(groove(filled, screenWidth)) + "\n";
 }
 
-std::string drinkLines(const Shown& shown, const Application& application, const Screen& screen) {
+std::string drinkLines(const Shown& shown, const Screen& screen) {
     const Figures& figures = screen.figures;
     std::string result;
     double listed = 0;
@@ -151,7 +151,7 @@ std::string drinkLines(const Shown& shown, const Application& application, const
         listed += drink.waterMilliliters;
         result += rightAligned(figures.time(shown.calendar.localTime(drink.date)), 8) +
                   rightAligned(figures.volume(drink.milliliters, shown.unit), 12) + "  " +
-                  application.catalogue().text(displayName(drink.drinkType)) + "\n";
+                  screen.text.lookUp(displayName(drink.drinkType)) + "\n";
     }
     constexpr double nothing = 0.5;  // millilitres; less is rounding
     if (shown.today - listed > nothing) {
@@ -193,8 +193,7 @@ CommandResult<Report> run(const WaterRequest& request, Application& application)
     if (application.wantsJson()) return Report{document(*shown)};
     const Screen screen = application.screen();
     said += todayView(*shown, screen);
-    return Report{said +
-                  (request.history ? historyLines(*shown, screen) : drinkLines(*shown, application, screen))};
+    return Report{said + (request.history ? historyLines(*shown, screen) : drinkLines(*shown, screen))};
 }
 
 }  // namespace pedvar

@@ -1,0 +1,69 @@
+#include "apps/cli/help_text.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include <sstream>
+#include <vector>
+
+namespace pedvar {
+namespace {
+
+/// The library's layout with our words.
+class TranslatedHelp : public CLI::Formatter {
+public:
+    TranslatedHelp(const CLI::App& command, const Texts& text) : text_(text) {
+        constexpr std::size_t leftColumn = 26;
+        column_width(leftColumn);
+        label("Usage", text("Usage"));
+        label("OPTIONS", text("OPTIONS"));
+        label("SUBCOMMAND", text("COMMAND"));
+        label("Positionals", text("Positionals"));
+        label("REQUIRED", text("REQUIRED"));
+        label("Needs", text("Needs"));
+        label("Excludes", text("Excludes"));
+        for (const CLI::Option* option : command.get_options()) {
+            label(option->get_type_name(), text.lookUp(option->get_type_name()));
+        }
+    }
+
+    std::string make_description(const CLI::App* app) const override {
+        return text_.lookUp(app->get_description()) + "\n";
+    }
+    std::string make_group(std::string group, bool isPositional,
+                           std::vector<const CLI::Option*> options) const override {
+        return Formatter::make_group(group == "Options" ? text_("Options") : group, isPositional, options);
+    }
+    std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode) const override {
+        const auto commands = app->get_subcommands({});
+        std::string result = commands.empty() ? "" : "\n" + text_("Commands") + ":\n";
+        for (const CLI::App* command : commands) {
+            std::ostringstream line;
+            CLI::detail::format_help(line, command->get_name(), text_.lookUp(command->get_description()),
+                                     get_column_width());
+            result += line.str();
+        }
+        return result;
+    }
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+        const std::string name = Formatter::make_option_name(option, isPositional);
+        return isPositional ? text_.lookUp(name) : name;
+    }
+    std::string make_option_desc(const CLI::Option* option) const override {
+        return text_.lookUp(option->get_description());
+    }
+
+private:
+    const Texts& text_;
+};
+
+}  // namespace
+
+std::string helpText(const CLI::App& command, const std::string& name, const Texts& text) {
+    std::string help = TranslatedHelp(command, text).make_help(&command, name, CLI::AppFormatMode::Normal);
+    help.erase(help.find_last_not_of('\n') + 2);
+    return help;
+}
+
+}  // namespace pedvar
