@@ -23,6 +23,7 @@ bool isAlikeButForCase(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+// i18n: texts
 HydrationSettings defaultHydrationSettings() {
     return {.containers = {{builtInID(1), 250, DrinkType::water, "Glass"},
                            {builtInID(2), 200, DrinkType::coffee, "Cup"},
@@ -30,6 +31,7 @@ HydrationSettings defaultHydrationSettings() {
             .defaultContainerID = builtInID(1),
             .volumeUnit = std::nullopt};
 }
+// i18n: end
 
 bool isSound(const HydrationSettings& settings) {
     std::set<UUID> ids;

@@ -17,7 +17,7 @@ struct MetricNames {
     std::string_view title;
     std::string_view inSentences;
 };
-// i18n: texts
+// i18n: texts like .
 constexpr std::array<MetricNames, 5> metricNames{{
     {"Steps", "steps"},
     {"Distance", "distance"},

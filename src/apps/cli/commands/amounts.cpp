@@ -6,6 +6,8 @@
 
 #include <fmt/ranges.h>
 
+#include <algorithm>
+
 namespace pedvar {
 namespace {
 
@@ -43,9 +45,20 @@ CommandResult<DrinkType> drinkNamed(std::string_view name, const Texts& text) {
                            fmt::format("{}", fmt::join(caseNames<DrinkType>, ", "))));
 }
 
+std::string labelOf(const HydrationContainer& container, const Texts& text) {
+    const auto given = defaultHydrationSettings().containers;
+    const bool isGiven = std::ranges::any_of(given, [&](const HydrationContainer& each) {
+        return each.id == container.id && each.label == container.label;
+    });
+    return isGiven ? text.lookUp(container.label) : container.label;
+}
+
 CommandResult<const HydrationContainer*> containerNamed(const HydrationSettings& settings, std::string_view name,
                                                         const Texts& text) {
     if (const HydrationContainer* found = containerLabelled(settings, name)) return found;
+    for (const HydrationContainer& container : settings.containers) {
+        if (labelOf(container, text) == name) return &container;
+    }
     return usageError(text("There is no container \"{}\"; `pedvar containers` lists them.", harmless(name)));
 }
 

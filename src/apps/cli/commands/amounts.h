@@ -17,6 +17,9 @@ CommandResult<double> amountNamed(std::string_view amount, const std::optional<s
 
 CommandResult<DrinkType> drinkNamed(std::string_view name, const Texts& text);
 
+/// What people read as the container's name: their own text, or that of one they were given, in their language.
+std::string labelOf(const HydrationContainer& container, const Texts& text);
+
 CommandResult<const HydrationContainer*> containerNamed(const HydrationSettings& settings, std::string_view name,
                                                         const Texts& text);
 

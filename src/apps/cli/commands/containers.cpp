@@ -26,10 +26,9 @@ bool isChange(const ContainersRequest& request) {
 /// The container to change, made if it is not there and an amount says how large it is.
 CommandResult<HydrationContainer*> chosen(HydrationSettings& settings, const ContainersRequest& request,
                                           UUID newID, const Texts& text) {
-    if (const HydrationContainer* known = containerLabelled(settings, *request.name)) {
-        return &settings.containers[static_cast<std::size_t>(known - settings.containers.data())];
-    }
-    if (!request.amount) return std::unexpected(containerNamed(settings, *request.name, text).error());
+    const auto known = containerNamed(settings, *request.name, text);
+    if (known) return &settings.containers[static_cast<std::size_t>(*known - settings.containers.data())];
+    if (!request.amount) return std::unexpected(known.error());
     const auto label = labelNamed(*request.name, text);
     if (!label) return std::unexpected(label.error());
     return &settings.containers.emplace_back(HydrationContainer{.id = newID, .label = *label});
@@ -107,7 +106,7 @@ std::string view(const HydrationSettings& settings, const Application& applicati
     std::string result;
     for (const HydrationContainer& container : settings.containers) {
         const bool isDefault = settings.defaultContainerID == container.id;
-        result += leftAligned(harmless(container.label), longestLabel + 2) +
+        result += leftAligned(harmless(labelOf(container, screen.text)), longestLabel + 2) +
                   rightAligned(screen.figures.volume(container.milliliters, unit), 11) + "  " +
                   leftAligned(screen.text.lookUp(displayName(container.drinkType)), 16) +
                   (isDefault ? screen.text("default") : std::string()) + "\n";
