@@ -1,6 +1,7 @@
 #include "achievements/achievements_store.h"
 
 #include "achievements/achievement_catalogue.h"
+#include "core/record_reader.h"
 #include "health/health_diagnostics.h"
 #include "health/streak_memory.h"
 
@@ -91,7 +92,7 @@ AchievementsStore::AchievementsStore(MainExecutor& executor, const Clock& clock,
 
 std::optional<AchievementsSnapshot> AchievementsStore::stored() const {
     const auto data = defaults_.standard().data(snapshotKey);
-    auto snapshot = data ? settings_.decode<AchievementsSnapshot>(data->bytes) : std::nullopt;
+    auto snapshot = data ? readJson<AchievementsSnapshot>(data->bytes) : std::nullopt;
     return snapshot && isSound(*snapshot) ? snapshot : std::nullopt;
 }
 
