@@ -140,7 +140,8 @@ TEST_CASE("a write that fails in the second file leaves the first as it was") {
         const Transaction held(other, Transaction::Kind::write);
         const auto written = stored.setGoals(2);
         REQUIRE(!written);
-        CHECK(written.error().message.inEnglish().find("another process keeps writing there") != std::string::npos);
+        CHECK(written.error().message.inEnglish().find("another process keeps writing there") !=
+              std::string::npos);
     }
     SUBCASE("because it is no longer a database") {
         CHECK(stored.shared->integer("goal") == 1);
@@ -216,7 +217,8 @@ TEST_CASE("a file that holds something else is named and never written to") {
     SqliteDefaults defaults(stored.folder.path(), Access::readWrite);
     CHECK(!defaults.standard().value("goal"));
     REQUIRE(defaults.problems().size() == 1);
-    CHECK(defaults.problems()[0].message.inEnglish().find((stored.folder / standardFile).string()) != std::string::npos);
+    CHECK(defaults.problems()[0].message.inEnglish().find((stored.folder / standardFile).string()) !=
+          std::string::npos);
     CHECK(defaults.problems()[0].message.inEnglish().find(reason) != std::string::npos);
     const auto written = defaults.write({in(&defaults.standard(), "goal", std::int64_t{2})});
     REQUIRE(!written);

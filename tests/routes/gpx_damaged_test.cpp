@@ -53,7 +53,8 @@ TEST_CASE("what is no XML is told by its kind, and broken XML by the place where
     CHECK(failureOf("<?xml version='1.0' encoding='klingon'?><gpx/>").contains("unknown encoding"));
     CHECK(GPXFailure{GPXError::invalidFormat, "It is empty."}.message().inEnglish() ==
           "The file is not a valid GPX format. It is empty.");
-    CHECK(GPXFailure{GPXError::noTrackPoints, {}}.message().inEnglish() == "The GPX file contains no track points.");
+    CHECK(GPXFailure{GPXError::noTrackPoints, {}}.message().inEnglish() ==
+          "The GPX file contains no track points.");
     CHECK(description(GPXError::fileNotFound).inEnglish() == "The GPX file could not be found.");
 }
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 /// Counts changes of the language; gettext forgets what it has found when it moves.
 extern "C" int _nl_msg_cat_cntr;
@@ -16,7 +17,7 @@ namespace pedvar {
 namespace {
 
 constexpr const char* domain = "pedvar";
-constexpr std::string_view english = "en";
+constexpr std::string_view untranslated = "en";
 
 /// "de_AT" of "de-AT" or "de_AT.UTF-8".
 std::string plainName(std::string_view language) {
@@ -44,10 +45,15 @@ private:
     locale_t before_;
 };
 
-GettextTexts::GettextTexts() : environment_(languagesOfEnvironment()) {}
+GettextTexts::GettextTexts() : environment_(languagesOfEnvironment()) {
+    // A variable that is there is changed in its place; one that is added moves all others from under the threads
+    // that read them.
+    setenv("LANGUAGE", "", 0);
+}
 
-GettextTexts::GettextTexts(std::filesystem::path folder)
-    : folder_(std::move(folder)), environment_(languagesOfEnvironment()) {}
+GettextTexts::GettextTexts(std::filesystem::path folder) : GettextTexts() {
+    folder_ = std::move(folder);
+}
 
 void GettextTexts::speak(std::string_view code) {
     if (code_ == code) return;
@@ -83,7 +89,7 @@ std::optional<std::string> GettextTexts::find() const {
     for (const std::string& language : wanted) {
         const std::string name = plainName(language);
         const std::string family = name.substr(0, name.find('_'));
-        if (family == english || name == "C" || name == "POSIX") return std::nullopt;
+        if (family == untranslated || name == "C" || name == "POSIX") return std::nullopt;
         if (!folder) folder = translationsFolder();
         for (const std::string& each : {name, family}) {
             if (each.empty() || each.contains('/')) continue;

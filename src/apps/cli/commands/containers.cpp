@@ -131,7 +131,8 @@ CommandResult<Report> run(const ContainersRequest& request, Application& applica
         if (const auto edited = edit(request, **water, application); !edited) {
             return std::unexpected(edited.error());
         }
-        if (damage) said = std::exchange(damage, std::nullopt)->message + "\n\n";  // what was asked for is done
+        // What was asked for is done.
+        if (damage) said = application.text().of(std::exchange(damage, std::nullopt)->message) + "\n\n";
     }
     const HydrationSettings settings = (*water)->manager.settings();
     if (application.wantsJson()) return Report{document(settings), std::move(damage)};

@@ -51,7 +51,7 @@ Findings examine(Application& application) {
     }
     const HydrationDocuments drinks(application.defaults(), application.settings());
     if (auto damage = damageOf(drinks.unreadableKeys(application.clock().now()), application.text())) {
-        findings.problems.push_back(std::move(damage->message));
+        findings.problems.push_back(application.text().of(damage->message));
     }
     const std::string folder = application.folder().string();
     if (std::filesystem::exists(folder) && ::access(folder.c_str(), W_OK | X_OK) != 0) {
