@@ -191,7 +191,8 @@ CommandResult<Report> run(const WaterRequest& request, Application& application)
         const auto acted = act(request, **water, application);
         if (!acted) return std::unexpected(acted.error());
         said = *acted;
-        if (damage) said += std::exchange(damage, std::nullopt)->message + "\n\n";  // what was asked for is done
+        // What was asked for is done.
+        if (damage) said += application.text().of(std::exchange(damage, std::nullopt)->message) + "\n\n";
     }
     const auto shown = look(request, **water, application);
     if (!shown) return std::unexpected(shown.error());
