@@ -50,19 +50,19 @@ TEST_CASE_FIXTURE(Languages, "in German the screens read as a German expects the
 }
 
 TEST_CASE_FIXTURE(Languages, "the chosen language goes before that of the system, for help and errors too") {
-    const std::string english = screen("C.UTF-8", {"today"});
+    const std::string english = screen("C.UTF-8", {"streaks"});
     const auto choose = [&](const std::string& language) {
         return runPedvar(folder.path(), {"--data", "data", "settings", "appLanguage", language}).exitCode;
     };
     REQUIRE(choose("german") == 0);
-    CHECK(screen("C.UTF-8", {"today"}) == screen(german, {"today"}));
+    CHECK(screen("C.UTF-8", {"streaks"}) == screen(german, {"streaks"}));
     CHECK(screen("C.UTF-8", {"goal"}) == "10.000 Schritte am Tag\n");
     CHECK(screen("C.UTF-8", {"week", "--help"}).contains("Aufruf: pedvar week"));
     CHECK(run("C.UTF-8", {"day", "2024-13-01"}).errors.contains("ist kein Tag"));
     REQUIRE(choose("english") == 0);
-    CHECK(screen(german, {"today"}) == english);
+    CHECK(screen(german, {"streaks"}) == english);
     REQUIRE(choose("japanese") == 0);
-    CHECK(screen("C.UTF-8", {"today"}) == english);
+    CHECK(screen("C.UTF-8", {"streaks"}) == english);
 }
 
 TEST_CASE_FIXTURE(Languages, "a process that runs for long follows a change of the language") {
