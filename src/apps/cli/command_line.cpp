@@ -87,6 +87,31 @@ std::string metricNames() {
     return fmt::format("{}; steps without it", fmt::join(caseNames<ActivityMetric>, ", "));
 }
 
+void describeRecording(Grammar& grammar) {
+    grammar.command<RecordRequest>(
+        "record", "Record a walk, run, hike or ride", [](CLI::App& command, RecordRequest& request) {
+            command.add_option("TYPE", request.type, "walk, run, hike or cycle");
+            CLI::Option* const finish = command.add_flag_callback(
+                "--finish", [&request] { request.finish = RecordRequest::Finish::yes; },
+                "Put a recording that was left into the history");
+            CLI::Option* const gpsd =
+                command.add_option("--gpsd", request.gpsd, "Where gpsd answers; localhost:2947 without it")
+                    ->type_name("HOST:PORT");
+            CLI::Option* const replay =
+                command.add_option("--replay", request.replay, "Play a GPX file back instead of receiving")
+                    ->type_name("FILE")
+                    ->excludes(finish)
+                    ->excludes(gpsd);
+            command.add_option("--speed", request.speed, "Of the replay: 1, 10 or max; max without it")
+                ->needs(replay);
+            command
+                .add_flag_callback(
+                    "--save", [&request] { request.save = RecordRequest::Save::yes; },
+                    "Put the replay into the history")
+                ->needs(replay);
+        });
+}
+
 void describeCommands(Grammar& grammar) {
     grammar.command<ImportRequest>(
         "import", "Read a phone's health export, or an activity from GPX",
@@ -130,6 +155,7 @@ void describeCommands(Grammar& grammar) {
     grammar.command<RecapRequest>("recap", "What a month was", [](CLI::App& command, RecapRequest& request) {
         command.add_option("MONTH", request.month, "YYYY-MM; the month that has ended last without it");
     });
+    describeRecording(grammar);
     describeActivities(grammar);
     grammar.command<AwardsRequest>(
         "awards", "Badges, and how far the next ones are", [](CLI::App& command, AwardsRequest& request) {
@@ -209,6 +235,7 @@ struct Writing {
     bool operator()(const WeightRequest& weight) const { return weight.value.has_value(); }
     bool operator()(const HeightRequest& height) const { return height.value.has_value(); }
     bool operator()(const ProfileRequest& profile) const { return profile.value.has_value(); }
+    bool operator()(const RecordRequest&) const { return true; }
     bool operator()(const ImportRequest&) const { return true; }
     bool operator()(const GoalRequest& goal) const { return goal.goal.has_value(); }
     bool operator()(const WaterRequest& water) const { return isDrink(water) || water.undo; }

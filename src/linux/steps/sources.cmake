@@ -1,0 +1,3 @@
+# Step counters.
+set(PEDVAR_STEPS_SOURCES
+    steps/iio_pedometer.cpp)
