@@ -39,10 +39,10 @@ TEST_CASE_FIXTURE(Shown, "the screen connects first, and then shows the values a
     CHECK(lines(60) == R"(
 Hiking     recording
 Time       1:31
-Distance   0.18 km
+Distance   0,18 km
 Pace       8:20 /km
-Speed      7.2 km/h
-Steps      1,234
+Speed      7,2 km/h
+Steps      1.234
 Energy     10 kcal
 Elevation  47 m, 17 m up
 GPS        Excellent
