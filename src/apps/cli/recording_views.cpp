@@ -37,7 +37,7 @@ std::string stateText(const ActivityRecorderManager& recorder, const Texts& text
 }  // namespace
 
 std::string storageText(const std::string& problem, const Texts& text) {
-    return text("The recording cannot be stored now, and goes on: {}", harmless(problem));
+    return text("The recording goes on, but cannot be stored now. {}", harmless(problem));
 }
 
 JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar) {
