@@ -127,11 +127,11 @@ struct RecordRequest {
     Save save = Save::no;
 };
 
-using Request =
-    std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
-                 RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
-                 RouteRequest, ExportRequest, RecordRequest, AwardsRequest, WaterRequest, ContainersRequest, GoalRequest,
-                 WeightRequest, HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
+using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
+                             PaceRequest, RankRequest, CompareRequest, CalendarRequest, RecapRequest,
+                             ActivitiesRequest, ActivityRequest, RouteRequest, ExportRequest, RecordRequest,
+                             AwardsRequest, WaterRequest, ContainersRequest, GoalRequest, WeightRequest,
+                             HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {

@@ -15,7 +15,7 @@
 namespace pedvar {
 namespace {
 
-constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE};
 
 // All that a signal handler may touch.
 std::array<int, 2> news{-1, -1};  // a pipe; what is written to its end is heard by the thread

@@ -10,8 +10,9 @@ namespace pedvar {
 
 /// Hears what the person types and what the system asks, on a thread of its own. One at a time in a process.
 ///
-/// While it lives, the signals that ask the process to end (Ctrl-C, SIGTERM, SIGHUP, SIGQUIT) do not end it. With
-/// keys, the terminal hands each key over at once and does not show it; the destructor gives it back as it was.
+/// While it lives, the signals that ask the process to end (Ctrl-C, SIGTERM, SIGHUP, SIGQUIT) do not end it, nor
+/// does it when nobody reads its output any more; `Handlers::end` is called instead. With keys, the terminal hands
+/// each key over at once and does not show it; the destructor gives it back as it was.
 class LiveInput {
 public:
     enum class Keys { heard, ignored };

@@ -1,6 +1,5 @@
 #include "apps/cli/recording_views.h"
 
-#include "apps/cli/activity_list.h"
 #include "apps/cli/charts.h"
 #include "apps/cli/commands/day_views.h"
 #include "apps/cli/live_screen.h"
@@ -67,7 +66,7 @@ std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, co
     const auto pace = paceOf(recorder);
     const auto elevation = recorder.currentElevation.value();
     const std::vector<std::pair<std::string, std::string>> values{
-        {nameOf(recorder.activityType, text), stateText(recorder, text)},
+        {text.lookUp(displayName(recorder.activityType)), stateText(recorder, text)},
         {text("Time"), figures.duration(recorder.currentDuration)},
         {text("Distance"), figures.distance(recorder.totalDistance)},
         {text("Pace"), pace ? figures.pace(*pace * secondsPerMinute / metersPerPaceUnit) : "–"},
@@ -75,7 +74,7 @@ std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, co
         {text("Steps"), figures.number(recorder.currentSteps)},
         {text("Energy"), figures.energy(static_cast<double>(recorder.currentCalories.value()))},
         {text("Elevation"),
-         elevation ? text("{0}, {1} up", figures.height(*elevation), figures.height(recorder.elevationGain))
+         elevation ? text("{0}, {1} up", figures.altitude(*elevation), figures.altitude(recorder.elevationGain))
                    : "–"},
         {text("GPS"), text.lookUp(quality.label)},
     };
@@ -89,27 +88,6 @@ std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, co
         for (std::string& line : wrapped(harmless(*problem), width)) lines.push_back(std::move(line));
     }
     return lines;
-}
-
-std::string finishedView(const ActivitySession& session, const Screen& screen, const Calendar& calendar) {
-    const Figures& figures = screen.figures;
-    const Texts& text = screen.text;
-    const ListedActivity activity = listed(session, session.route.size(), text);
-    std::vector<std::pair<std::string, std::string>> lines{
-        {text("Distance"), figures.distance(session.distance)},
-        {text("Time"), figures.duration(session.duration)},
-    };
-    if (session.averagePace) {
-        lines.emplace_back(text("Average"),
-                           paceOf(activity, *session.averagePace * secondsPerMinute / metersPerPaceUnit, figures));
-    }
-    lines.emplace_back(text("Steps"), figures.number(session.steps));
-    lines.emplace_back(text("Energy"), figures.energy(static_cast<double>(session.calories)));
-    if (session.elevationGain) {
-        lines.emplace_back(text("Climb"), text("{0} up, {1} down", figures.height(*session.elevationGain),
-                                               figures.height(session.elevationLoss.value_or(0))));
-    }
-    return screen.bold(titleOf(activity, screen, calendar)) + "\n\n" + labelled(lines);
 }
 
 }  // namespace pedvar

@@ -18,7 +18,4 @@ JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, con
 std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, const Screen& screen,
                                      std::size_t width);
 
-/// The finished activity for people.
-std::string finishedView(const ActivitySession& session, const Screen& screen, const Calendar& calendar);
-
 }  // namespace pedvar

@@ -65,18 +65,15 @@ public:
                      .vertical = application.linuxSettings().gpsVerticalFactor}),
           pedometer_(application.loop(), application.clock(), application.defaults(), kernelFiles()),
           ended_(application.loop()),
-          news_(receiver_, address, application.text(), [this](const std::string& message) { say(message); }),
           recorder_({application.loop(), application.clock(), application.zone(), random_, receiver_, pedometer_,
                      application.documents(), application.sessions(), application.settings(), application.log(),
                      healthFile(application)}),
-          desk_(application.loop(), application.clock(), recorder_.manager, application, ended_.resolver()) {
-        isReady_ = true;
-    }
+          desk_(application.loop(), application.clock(), recorder_.manager, application, ended_.resolver()),
+          news_(receiver_, address, application.text(),
+                [this](const std::string& message) { desk_.say(message); }) {}
 
     DefaultsResult begin(ActivityType type) { return recorder_.manager.startRecording(type); }
-    void say(const std::string& message) {
-        if (isReady_) desk_.say(message);
-    }
+    void say(const std::string& message) { desk_.say(message); }
     void sayWhatIsMissing();
 
     /// Until the person ends it.
@@ -100,10 +97,9 @@ private:
     GpsdLocationManager receiver_;
     IIOPedometer pedometer_;
     Completion<Ending> ended_;
-    ReceiverNews news_;
     Recorder recorder_;
     RecordingDesk desk_;
-    bool isReady_ = false;
+    ReceiverNews news_;
 };
 
 void LiveRecording::sayWhatIsMissing() {
@@ -149,7 +145,7 @@ CommandResult<Report> recordLive(const RecordRequest& request, ActivityType type
             ErrorKind::otherRecording,
             text("The recording of {0} ({1}) is not finished: `pedvar record {2}` goes on with it, and "
                  "`pedvar record --finish` puts it into the history.",
-                 startText(session, application), nameOf(session.activityType, text),
+                 startText(session, application), text.lookUp(displayName(session.activityType)),
                  caseName(session.activityType))});
     }
     LiveRecording recording(application, *address);
@@ -226,10 +222,11 @@ std::filesystem::path healthFile(const Application& application) {
 
 Report finishedReport(const ActivitySession& session, const Application& application) {
     const Calendar calendar = application.calendar();
-    if (application.wantsJson()) {
-        return Report{activityDocument(listed(session, session.route.size(), application.text()), calendar)};
-    }
-    return Report{finishedView(session, application.screen(), calendar)};
+    const Activity activity = activityOf({session, session.route.size()});
+    if (application.wantsJson()) return Report{activityDocument(activity, calendar)};
+    const Screen screen = application.screen();
+    return Report{screen.bold(titleOf(activity, screen, calendar)) + "\n\n" +
+                  factsOf(activity, std::nullopt, screen)};
 }
 
 CommandResult<Report> run(const RecordRequest& request, Application& application) {
