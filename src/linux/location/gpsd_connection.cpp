@@ -2,38 +2,38 @@
 
 #include <dlfcn.h>
 #include <gps.h>
+#include <poll.h>
+#include <sys/socket.h>
 
 #include <array>
 #include <cerrno>
-#include <cmath>
+#include <cstddef>
 #include <cstring>
-#include <set>
-#include <string>
-#include <string_view>
+#include <optional>
 #include <utility>
 
 namespace pedvar {
 
 namespace {
 
-constexpr std::size_t longestMessage = 10'240;  // bytes, as gpsd says
+constexpr std::size_t longestLine = 65'536;  // bytes; gpsd's own limit is 10 KiB
 
-/// What is used of libgps. It is loaded by the first who connects, and stays.
+/// What is used of libgps. It is loaded by the first who connects, and stays: threads may use it until the very
+/// end of the program.
+///
+/// It connects, and asks gpsd to tell. What gpsd tells is read here: a line with a value of the wrong type sends
+/// the reader of version 3.22 around for ever.
 struct Library {
     decltype(&::gps_open) open = nullptr;
     decltype(&::gps_close) close = nullptr;
     decltype(&::gps_stream) stream = nullptr;
-    decltype(&::gps_waiting) waiting = nullptr;
-    decltype(&::gps_read) read = nullptr;
     decltype(&::gps_errstr) errstr = nullptr;
-    std::string problem;  // why it cannot be used; empty when it can
+    bool isComplete = false;
 
     Library() {
         void* const library = dlopen(PEDVAR_LIBGPS, RTLD_NOW | RTLD_LOCAL);
-        const bool isThere = library && find(library, open, "gps_open") && find(library, close, "gps_close") &&
-                             find(library, stream, "gps_stream") && find(library, waiting, "gps_waiting") &&
-                             find(library, read, "gps_read") && find(library, errstr, "gps_errstr");
-        if (!isThere) problem = std::string(PEDVAR_LIBGPS) + " is not installed";
+        isComplete = library && find(library, open, "gps_open") && find(library, close, "gps_close") &&
+                     find(library, stream, "gps_stream") && find(library, errstr, "gps_errstr");
     }
 
 private:
@@ -49,39 +49,6 @@ const Library& libgps() {
     return library;
 }
 
-/// gpsd's "not a number" is a value that is not there.
-std::optional<double> known(double value) {
-    return std::isfinite(value) ? std::optional(value) : std::nullopt;
-}
-
-std::optional<Date> known(const timespec& time) {
-    if (time.tv_sec <= 0) return std::nullopt;
-    const std::chrono::sys_time<std::chrono::nanoseconds> since1970{std::chrono::seconds(time.tv_sec) +
-                                                                    std::chrono::nanoseconds(time.tv_nsec)};
-    return dateOf(std::chrono::floor<std::chrono::milliseconds>(since1970));
-}
-
-GpsdReport::Mode modeOf(int mode) {
-    if (mode >= MODE_3D) return GpsdReport::Mode::threeDimensional;
-    return mode == MODE_2D ? GpsdReport::Mode::twoDimensional : GpsdReport::Mode::noFix;
-}
-
-GpsdReport reportIn(const gps_data_t& data) {
-    const gps_fix_t& fix = data.fix;
-    return {.mode = modeOf(fix.mode),
-            .time = known(fix.time),
-            .latitude = known(fix.latitude),
-            .longitude = known(fix.longitude),
-            .altitude = known(fix.altMSL),
-            .horizontalError = known(fix.eph),
-            .longitudeError = known(fix.epx),
-            .latitudeError = known(fix.epy),
-            .verticalError = known(fix.epv),
-            .horizontalDilution = data.dop.hdop > 0 ? known(data.dop.hdop) : std::nullopt,
-            .speed = known(fix.speed),
-            .course = known(fix.track)};
-}
-
 }  // namespace
 
 std::string GpsdAddress::text() const {
@@ -90,51 +57,46 @@ std::string GpsdAddress::text() const {
 
 struct GpsdConnection::State {
     gps_data_t data{};
-    std::array<char, longestMessage> message{};
-    std::set<std::string> receivers;  // by their paths
     bool isOpen = false;
+    std::string received;  // and not interpreted yet
+    GpsdInterpreter interpreter;
 
+    State() = default;
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
     ~State() {
-        if (!isOpen) return;
-        libgps().stream(&data, WATCH_DISABLE, nullptr);
-        libgps().close(&data);
+        if (isOpen) libgps().close(&data);
     }
 
-    /// One that came or went.
-    void takeDevice(const devconfig_t& device) {
-        if (device.activated.tv_sec > 0) {
-            receivers.insert(device.path);
-        } else {
-            receivers.erase(device.path);
+    std::optional<GpsdMessage> nextReceived() {
+        const std::size_t end = received.find('\n');
+        if (end == std::string::npos) return std::nullopt;
+        GpsdMessage message = interpreter.interpret(std::string_view(received).substr(0, end));
+        received.erase(0, end + 1);
+        return message;
+    }
+
+    /// What there is to receive; why there will be nothing any more.
+    std::expected<void, GpsdEnd> receive() {
+        std::array<char, 8'192> bytes;
+        const ssize_t count = recv(data.gps_fd, bytes.data(), bytes.size(), MSG_DONTWAIT);
+        if (count > 0) {
+            received.append(bytes.data(), static_cast<std::size_t>(count));
+            if (received.size() <= longestLine) return {};
+            return std::unexpected(GpsdEnd{"what it says has no end"});
         }
-    }
-
-    /// All that gpsd has, open or not.
-    void takeDevices() {
-        receivers.clear();
-        for (int i = 0; i < data.devices.ndevices; ++i) receivers.insert(data.devices.list[i].path);
-    }
-
-    GpsdMessage interpreted() {
-        const std::string_view text = message.data();
-        if (text.starts_with(R"({"class":"TPV")")) return reportIn(data);
-        if (text.starts_with(R"({"class":"DEVICES")")) {
-            takeDevices();
-        } else if (text.starts_with(R"({"class":"DEVICE")")) {
-            takeDevice(data.dev);
-        } else {
-            return GpsdSilence{};
-        }
-        return GpsdReceivers{receivers.size()};
+        if (count == 0) return std::unexpected(GpsdEnd{"it has ended the connection"});
+        if (errno == EAGAIN || errno == EINTR) return {};
+        return std::unexpected(GpsdEnd{std::strerror(errno)});
     }
 };
 
 std::expected<GpsdConnection, std::string> GpsdConnection::open(const GpsdAddress& address) {
-    if (!libgps().problem.empty()) return std::unexpected(libgps().problem);
+    if (!libgps().isComplete) return std::unexpected(std::string("the library " PEDVAR_LIBGPS " is missing"));
     auto state = std::make_unique<State>();
-    // The library leaves its own code in the place of the system's.
+    // The library leaves a code of its own in the place of the system's.
     if (libgps().open(address.host.c_str(), address.port.c_str(), &state->data) != 0) {
-        return std::unexpected(std::string(libgps().errstr(-errno)));
+        return std::unexpected(std::string(libgps().errstr(errno)));
     }
     state->isOpen = true;
     if (libgps().stream(&state->data, WATCH_ENABLE | WATCH_JSON, nullptr) < 0) {
@@ -149,18 +111,12 @@ GpsdConnection& GpsdConnection::operator=(GpsdConnection&&) noexcept = default;
 GpsdConnection::~GpsdConnection() = default;
 
 GpsdMessage GpsdConnection::next(std::chrono::milliseconds patience) {
-    const auto microseconds = std::chrono::microseconds(patience).count();
-    errno = 0;
-    if (!libgps().waiting(&state_->data, static_cast<int>(microseconds))) {
-        if (errno == 0 || errno == EINTR) return GpsdSilence{};
-        return GpsdEnd{std::strerror(errno)};
-    }
-    state_->message.front() = '\0';
-    errno = 0;
-    const int count = libgps().read(&state_->data, state_->message.data(), static_cast<int>(longestMessage));
-    if (count < 0) return GpsdEnd{errno != 0 ? std::strerror(errno) : "it ended the connection"};
-    if (count == 0) return GpsdSilence{};
-    return state_->interpreted();
+    if (auto message = state_->nextReceived()) return std::move(*message);
+    pollfd socket{.fd = state_->data.gps_fd, .events = POLLIN, .revents = 0};
+    if (poll(&socket, 1, static_cast<int>(patience.count())) <= 0) return GpsdSilence{};
+    if (auto received = state_->receive(); !received) return std::move(received.error());
+    if (auto message = state_->nextReceived()) return std::move(*message);
+    return GpsdSilence{};
 }
 
 }  // namespace pedvar

@@ -1,6 +1,10 @@
 #include "linux/location/gpsd_location_manager.h"
 
+#include "linux/location/receiver_watch.h"
+
+#include <algorithm>
 #include <condition_variable>
+#include <csignal>
 #include <functional>
 #include <mutex>
 #include <thread>
@@ -10,45 +14,10 @@ namespace pedvar {
 
 namespace {
 
-constexpr Seconds clockTolerance{5};
-constexpr int fixesUntilLasting = 5;
-
-using SteadyTime = std::chrono::steady_clock::time_point;
-
-/// What the messages of one connection say of its receivers.
-class ReceiverWatch {
-public:
-    explicit ReceiverWatch(const GpsdPatience& patience) : patience_(patience) {}
-
-    using State = ReceiverCondition::State;
-
-    /// None while it cannot be told yet.
-    std::optional<State> after(const GpsdMessage& message) {
-        const SteadyTime now = std::chrono::steady_clock::now();
-        if (const auto* const receivers = std::get_if<GpsdReceivers>(&message)) {
-            hasReceiver_ = receivers->count > 0;
-            heard_ = now;
-        } else if (const auto* const report = std::get_if<GpsdReport>(&message)) {
-            hasReceiver_ = true;
-            heard_ = now;
-            hasReported_ = true;
-            if (report->mode != GpsdReport::Mode::noFix) lastFix_ = now;
-        }
-        if (!hasReceiver_) return State::noReceiver;
-        if (now - heard_ > patience_.silence) return State::silent;
-        if (lastFix_ && now - *lastFix_ <= patience_.silence) return State::fix;
-        return hasReported_ ? std::optional(State::noFix) : std::nullopt;
-    }
-
-    bool isDead() const { return hasReceiver_ && std::chrono::steady_clock::now() - heard_ > patience_.dead; }
-
-private:
-    GpsdPatience patience_;
-    bool hasReceiver_ = true;  // until gpsd has told
-    bool hasReported_ = false;
-    SteadyTime heard_ = std::chrono::steady_clock::now();
-    std::optional<SteadyTime> lastFix_;
-};
+constexpr Seconds clockTolerance{5};  // what the recorder grants a fix
+constexpr Seconds lastingDifference{5};
+constexpr std::chrono::milliseconds glance{200};  // how often a thread that waits sees whether it is to stop
+constexpr int mostUnheard = 100;  // reports; more wait only for a main thread that is stuck, and they get old
 
 }  // namespace
 
@@ -75,6 +44,10 @@ public:
 
 private:
     void run() {
+        // Signals are for other threads; writing to a daemon that has gone raises one too.
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, nullptr);
         while (!isStopped()) {
             listen();
             std::unique_lock lock(mutex_);
@@ -82,29 +55,46 @@ private:
         }
     }
 
+    /// As long as one connection lasts.
     void listen() {
         auto connection = GpsdConnection::open(address_);
         if (!connection) return tell({ReceiverCondition::State::noDaemon, connection.error()});
-        ReceiverWatch watch(patience_);
-        while (!isStopped() && !watch.isDead()) {
-            constexpr std::chrono::milliseconds glance{200};
+        ReceiverWatch watch(patience_, std::chrono::steady_clock::now());
+        while (!isStopped()) {
             const GpsdMessage message = connection->next(std::min(glance, patience_.silence));
             if (const auto* const end = std::get_if<GpsdEnd>(&message)) {
                 return tell({ReceiverCondition::State::noDaemon, end->reason});
             }
-            if (const auto state = watch.after(message)) tell({*state, {}});
-            if (const auto* const report = std::get_if<GpsdReport>(&message)) {
-                post([report = *report](GpsdLocationManager& owner) { owner.take(report); });
-            }
+            const auto now = std::chrono::steady_clock::now();
+            if (const auto state = watch.after(message, now)) tell({*state, {}});
+            const auto* const report = std::get_if<GpsdReport>(&message);
+            if (report && watch.isChosen(*report)) pass(*report);
+            if (watch.isDead(now)) return;
         }
     }
 
+    /// Once, until it is another one.
     void tell(const ReceiverCondition& condition) {
-        if (told_ == condition) return;
-        told_ = condition;
+        if (std::exchange(told_, condition.state) == condition.state) return;
         post([condition](GpsdLocationManager& owner) { owner.condition = condition; });
     }
 
+    void pass(const GpsdReport& report) {
+        {
+            const std::scoped_lock lock(mutex_);
+            if (unheard_ == mostUnheard) return;
+            ++unheard_;
+        }
+        post([this, report](GpsdLocationManager& owner) {
+            {
+                const std::scoped_lock lock(mutex_);
+                --unheard_;
+            }
+            owner.take(report);
+        });
+    }
+
+    /// Runs `job` on the main executor, unless updates have been stopped by then.
     void post(std::function<void(GpsdLocationManager&)> job) {
         const std::scoped_lock lock(mutex_);
         if (!executor_) return;
@@ -121,10 +111,11 @@ private:
     std::mutex mutex_;
     std::condition_variable stopped_;
     MainExecutor* executor_;      // null when stopped
+    int unheard_ = 0;             // reports that have been posted and not been taken
     GpsdLocationManager* owner_;  // used on the main executor only
     const GpsdAddress address_;
     const GpsdPatience patience_;
-    std::optional<ReceiverCondition> told_;
+    std::optional<ReceiverCondition::State> told_;
 };
 
 GpsdLocationManager::GpsdLocationManager(MainExecutor& executor, const Clock& clock, GpsdAddress address,
@@ -145,7 +136,7 @@ void GpsdLocationManager::stopUpdatingLocation() {
     if (!listener_) return;
     listener_->stop();
     listener_.reset();
-    fixesOfOtherTime_ = 0;
+    clocksDifferSince_.reset();
 }
 
 void GpsdLocationManager::take(const GpsdReport& report) {
@@ -159,11 +150,14 @@ void GpsdLocationManager::take(const GpsdReport& report) {
 void GpsdLocationManager::watchClock(Date time, Date arrival) {
     const Seconds difference = time - arrival;
     if (std::chrono::abs(difference) <= clockTolerance) {
-        fixesOfOtherTime_ = 0;
+        clocksDifferSince_.reset();
         clockDifference = std::nullopt;
-    } else if (++fixesOfOtherTime_ == fixesUntilLasting) {
-        clockDifference = difference;
+        return;
     }
+    // A clock that was set back is as good as one that differs from now on.
+    if (!clocksDifferSince_ || arrival < *clocksDifferSince_) clocksDifferSince_ = arrival;
+    const bool isNamed = clockDifference->has_value();
+    if (!isNamed && arrival - *clocksDifferSince_ >= lastingDifference) clockDifference = difference;
 }
 
 }  // namespace pedvar

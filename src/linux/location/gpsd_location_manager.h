@@ -31,8 +31,9 @@ struct GpsdPatience {
     std::chrono::milliseconds dead{30'000};         // until a silent connection is made anew
 };
 
-/// Listens on a thread of its own while location updates run, and connects again when the daemon has gone. Nobody
-/// has to be asked for permission.
+/// Listens on a thread of its own while location updates run, and connects again when the daemon has gone. Where
+/// there are several receivers, the first with a fix is listened to for as long as it has one. Nobody has to be
+/// asked for permission.
 class GpsdLocationManager : public CLLocationManager {
 public:
     /// Keeps the references.
@@ -43,7 +44,8 @@ public:
     ~GpsdLocationManager() override;
 
     Published<ReceiverCondition> condition;
-    /// By how much the receiver's clock is ahead of ours, while that is more than fixes may be old.
+    /// By how much the receiver's clock is ahead of ours, once that has been more than fixes may be old for a
+    /// while; none when it is less again.
     Published<std::optional<Seconds>> clockDifference;
 
     void setDelegate(CLLocationManagerDelegate* delegate) override { delegate_ = delegate; }
@@ -67,7 +69,7 @@ private:
     AccuracyFactors factors_;
     GpsdPatience patience_;
     CLLocationManagerDelegate* delegate_ = nullptr;
-    int fixesOfOtherTime_ = 0;            // in a row
+    std::optional<Date> clocksDifferSince_;
     std::shared_ptr<Listener> listener_;  // while updates run
 };
 

@@ -4,6 +4,7 @@
 #include "platform/location.h"
 
 #include <optional>
+#include <string>
 
 namespace pedvar {
 
@@ -17,6 +18,7 @@ struct AccuracyFactors {
 struct GpsdReport {
     enum class Mode { noFix, twoDimensional, threeDimensional };
 
+    std::string receiver;  // its path
     Mode mode = Mode::noFix;
     std::optional<Date> time;  // by the receiver's clock
     std::optional<double> latitude, longitude, altitude;

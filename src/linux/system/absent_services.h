@@ -53,6 +53,7 @@ public:
     bool isStepCountingAvailable() const override { return false; }
     CMAuthorizationStatus authorizationStatus() const override { return CMAuthorizationStatus::notDetermined; }
     void startUpdates(Date, CMPedometerHandler) override {}
+    void detach() override {}
     void stopUpdates() override {}
 };
 
