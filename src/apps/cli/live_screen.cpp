@@ -9,6 +9,16 @@
 #include <string_view>
 
 namespace pedvar {
+namespace {
+
+winsize terminalSize() {
+    constexpr winsize usual{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+    winsize size{};
+    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 1 && size.ws_col > 0;
+    return isKnown ? size : usual;
+}
+
+}  // namespace
 
 void LiveScreen::show(const std::vector<std::string>& lines, Importance importance) {
     constexpr std::chrono::milliseconds redrawing{100};
@@ -16,11 +26,12 @@ void LiveScreen::show(const std::vector<std::string>& lines, Importance importan
     if (importance == Importance::usual && drawnLines_ > 0 && now - drawn_ < redrawing) return;
     const bool isAscii = terminalBehind(STDOUT_FILENO, ColorOutput::never).charset == Charset::ascii;
     clear();
+    // The cursor stands below; what has scrolled away cannot be drawn over.
+    drawnLines_ = std::min(lines.size(), std::size_t{terminalSize().ws_row} - 1);
     std::string text;
-    for (const std::string& line : lines) text += (isAscii ? toAscii(line) : line) + "\n";
+    for (std::size_t i = 0; i < drawnLines_; ++i) text += (isAscii ? toAscii(lines[i]) : lines[i]) + "\n";
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
-    drawnLines_ = lines.size();
     drawn_ = now;
 }
 
@@ -31,9 +42,7 @@ void LiveScreen::clear() {
 }
 
 std::size_t LiveScreen::width() {
-    constexpr std::size_t usual = 80;
-    winsize size{};
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+    return terminalSize().ws_col;
 }
 
 std::vector<std::string> wrapped(std::string_view text, std::size_t width) {

@@ -11,7 +11,8 @@ namespace pedvar {
 /// Draws lines over those that it has drawn before, below what the terminal showed until then.
 class LiveScreen {
 public:
-    /// Draws now, unless it has just done so and `importance` does not ask for it.
+    /// Draws now, as many lines as the terminal has room for, unless it has just done so and `importance` does not
+    /// ask for it.
     enum class Importance { usual, high };
     void show(const std::vector<std::string>& lines, Importance importance);
     /// Takes the lines away.
