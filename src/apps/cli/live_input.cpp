@@ -32,8 +32,14 @@ void tellThread(char what) {
     errno = error;
 }
 
+/// Who touches the terminal in the background is stopped.
+bool isInBackground() {
+    const pid_t foreground = tcgetpgrp(STDIN_FILENO);
+    return foreground > 0 && foreground != getpgrp();
+}
+
 void hearKeysAtOnce() {
-    if (!terminalBefore) return;
+    if (!terminalBefore || isInBackground()) return;
     termios keys = *terminalBefore;
     keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     keys.c_cc[VMIN] = 1;
@@ -48,7 +54,8 @@ LiveInput::LiveInput(MainExecutor& executor, Keys keys, Handlers handlers)
     check(pipe2(news.data(), O_CLOEXEC | O_NONBLOCK) == 0, "there is no pipe for signals");
     terminalBefore.reset();
     termios terminal{};
-    if (keys == Keys::heard && tcgetattr(STDIN_FILENO, &terminal) == 0) terminalBefore = terminal;
+    const bool hasKeys = keys == Keys::heard && !isInBackground();
+    if (hasKeys && tcgetattr(STDIN_FILENO, &terminal) == 0) terminalBefore = terminal;
     struct sigaction action{};
     action.sa_flags = SA_RESTART;
     action.sa_handler = [](int) { tellThread(endAsked); };
@@ -63,7 +70,7 @@ LiveInput::LiveInput(MainExecutor& executor, Keys keys, Handlers handlers)
 LiveInput::~LiveInput() {
     tellThread(finished);
     thread_.join();
-    if (terminalBefore) tcsetattr(STDIN_FILENO, TCSANOW, &*terminalBefore);
+    if (terminalBefore && !isInBackground()) tcsetattr(STDIN_FILENO, TCSANOW, &*terminalBefore);
     for (std::size_t i = 0; i < endingSignals.size(); ++i) sigaction(endingSignals[i], &before[i], nullptr);
     sigaction(SIGCONT, &before[endingSignals.size()], nullptr);
     for (int& end : news) close(std::exchange(end, -1));
@@ -80,9 +87,10 @@ void LiveInput::listen(bool withKeys) {
             if (character == endAsked) executor_.post([handler = handlers_.end] { handler(); });
         }
         if (files[1].revents == 0) continue;
-        if (read(STDIN_FILENO, &character, 1) == 1) {
+        const auto count = read(STDIN_FILENO, &character, 1);
+        if (count == 1) {
             executor_.post([handler = handlers_.key, character] { handler(character); });
-        } else if (errno != EINTR && errno != EAGAIN) {
+        } else if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
             files[1].fd = -1;  // the terminal has gone
         }
     }

@@ -27,9 +27,9 @@ RecordingDesk::RecordingDesk(MainExecutor& executor, const Clock& clock, Activit
       calendar_(application.calendar()),
       hasScreen_(!application.wantsJson() && terminalBehind(STDOUT_FILENO, ColorOutput::never).isInteractive),
       storageProblem_(recorder.storageProblem.observe([this](const std::optional<std::string>& problem) {
+          if (problem && hasScreen_) return;  // it stands there while it lasts
           const Texts& text = application_.text();
-          say(problem ? text("The recording cannot be stored now, and goes on: {}", *problem)
-                      : text("The recording is stored again."));
+          say(problem ? storageText(*problem, text) : text("The recording is stored again."));
       })) {}
 
 RecordingDesk::~RecordingDesk() {

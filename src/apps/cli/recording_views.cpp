@@ -36,6 +36,10 @@ std::string stateText(const ActivityRecorderManager& recorder, const Texts& text
 
 }  // namespace
 
+std::string storageText(const std::string& problem, const Texts& text) {
+    return text("The recording goes on, but cannot be stored now. {}", harmless(problem));
+}
+
 JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar) {
     const GPSQuality quality = recorder.gpsQuality();
     const auto& location = recorder.currentLocation.value();
@@ -68,7 +72,8 @@ std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, co
     const std::vector<std::pair<std::string, std::string>> values{
         {text.lookUp(displayName(recorder.activityType)), stateText(recorder, text)},
         {text("Time"), figures.duration(recorder.currentDuration)},
-        {text("Distance"), figures.distance(recorder.totalDistance)},
+        {text("Distance"),
+         text("{0} {1}", figures.number(recorder.totalDistance / figures.unitLength(), 2), figures.unitName())},
         {text("Pace"), pace ? figures.pace(*pace * secondsPerMinute / metersPerPaceUnit) : "–"},
         {text("Speed"), figures.speed(recorder.currentSpeed)},
         {text("Steps"), figures.number(recorder.currentSteps)},
@@ -85,7 +90,7 @@ std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, co
     lines.emplace_back();
     for (std::string& line : wrapped(text.lookUp(quality.description), width)) lines.push_back(std::move(line));
     if (const auto& problem = recorder.storageProblem.value()) {
-        for (std::string& line : wrapped(harmless(*problem), width)) lines.push_back(std::move(line));
+        for (std::string& line : wrapped(storageText(*problem, text), width)) lines.push_back(std::move(line));
     }
     return lines;
 }

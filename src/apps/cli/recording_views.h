@@ -14,6 +14,9 @@ namespace pedvar {
 /// "recording", "autoPaused" or "paused".
 JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar);
 
+/// Why the last checkpoint could not be written.
+std::string storageText(const std::string& problem, const Texts& text);
+
 /// The values as they stand on the screen, a line each.
 std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, const Screen& screen,
                                      std::size_t width);

@@ -152,7 +152,7 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
     hasWaitedInVain_ = reason && reason->kind == DefaultsError::Kind::busy;
     if (!reason) return {};
     return std::unexpected(DefaultsError{
-        fmt::format("The settings in {} were not changed: {}.", folder.string(), reason->message), reason->kind});
+        fmt::format("What is stored in {} was not changed: {}.", folder.string(), reason->message), reason->kind});
 }
 
 std::optional<DefaultsError> SqliteDefaults::transactOver(const Files& files, const Change& change) {
