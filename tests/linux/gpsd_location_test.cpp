@@ -1,4 +1,4 @@
-#include "linux/gpsd_rig.h"
+#include "support/gpsd_rig.h"
 #include "linux/location/gpsd_location_manager.h"
 #include "linux/system/clocks.h"
 #include "linux/system/event_loop.h"

@@ -74,9 +74,9 @@ private:
     }
 
     /// Once, until it is another one.
-    void tell(const ReceiverCondition& condition) {
-        if (std::exchange(told_, condition.state) == condition.state) return;
-        post([condition](GpsdLocationManager& owner) { owner.condition = condition; });
+    void tell(const ReceiverCondition& present) {
+        if (std::exchange(told_, present.state) == present.state) return;
+        post([present](GpsdLocationManager& owner) { owner.condition = present; });
     }
 
     void pass(const GpsdReport& report) {

@@ -1,4 +1,4 @@
-#include "linux/gpsd_rig.h"
+#include "support/gpsd_rig.h"
 
 #include "core/check.h"
 
