@@ -5,10 +5,28 @@
 #include "process.h"
 
 #include <cstdlib>
+#include <fstream>
+#include <iomanip>
 #include <string>
 #include <vector>
 
 using namespace pedvar::bench;
+
+namespace {
+
+/// A ride north of ten hours with a fix a second.
+void writeRide(const std::string& path) {
+    std::ofstream file(path);
+    file << std::fixed << std::setprecision(7) << "<gpx><trk><trkseg>\n";
+    for (int second = 0; second < 36'000; ++second) {
+        file << "<trkpt lat=\"" << 45 + second * 5e-5 << "\" lon=\"9\"><ele>" << 200 + second % 600 / 20
+             << "</ele><time>" << "2024-05-01T" << std::setfill('0') << std::setw(2) << 6 + second / 3600 << ':'
+             << std::setw(2) << second / 60 % 60 << ':' << std::setw(2) << second % 60 << "Z</time></trkpt>\n";
+    }
+    file << "</trkseg></trk></gpx>\n";
+}
+
+}  // namespace
 
 int main(int count, char** words) {
     if (count != 3) {
@@ -26,6 +44,13 @@ int main(int count, char** words) {
         milliseconds(times[1]) + " to " + milliseconds(times[0]));
     row("`today --json`, ten years against half a year", times[1] / times[2], 1.1,
         milliseconds(times[1]) + " to " + milliseconds(times[2]));
+
+    const std::string ride = std::string(words[2]) + "/ride.gpx";
+    writeRide(ride);
+    const auto replay =
+        inTurn(5, {[&] { runProcess({pedvar, "--data", longData, "record", "cycle", "--replay", ride}); }});
+    row("`record --replay`, ten hours at one fix a second, against a second", replay[0], 1,
+        milliseconds(replay[0]));
 
     const std::vector<std::string> insights{"pace", "rank", "compare", "calendar"};
     std::vector<Run> runs{[&] { runProcess({pedvar, "--data", longData, "today", "--json"}); }};

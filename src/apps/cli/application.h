@@ -50,9 +50,13 @@ public:
     const TextCatalogue& catalogue() const { return catalogue_; }
     const Clock& clock() const { return *clock_; }
     EventLoop& loop() { return loop_; }
+    const ZoneRules& zone() const { return *zone_.rules; }
+    PlatformLog& log() { return log_; }
     SqliteDefaults& defaults() { return defaults_; }
+    DocumentParts& documents() { return documents_; }
     const JsonParser& json() const { return json_; }
     SettingsStore& settings() { return settings_; }
+    Calendar calendar() const { return settings_.calendar(); }
     Day today() const { return settings_.calendar().day(clock_->now()); }
 
     LinuxSettings linuxSettings() const;

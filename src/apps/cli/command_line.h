@@ -116,11 +116,22 @@ struct DoctorRequest {
     Repair repair = Repair::none;
 };
 
-using Request =
-    std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
-                 RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
-                 RouteRequest, ExportRequest, AwardsRequest, WaterRequest, ContainersRequest, GoalRequest,
-                 WeightRequest, HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
+struct RecordRequest {
+    enum class Finish { no, yes };
+    enum class Save { no, yes };
+    std::optional<std::string> type;
+    Finish finish = Finish::no;
+    std::optional<std::string> gpsd;
+    std::optional<std::string> replay;
+    std::string speed = "max";
+    Save save = Save::no;
+};
+
+using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
+                             PaceRequest, RankRequest, CompareRequest, CalendarRequest, RecapRequest,
+                             ActivitiesRequest, ActivityRequest, RouteRequest, ExportRequest, RecordRequest,
+                             AwardsRequest, WaterRequest, ContainersRequest, GoalRequest, WeightRequest,
+                             HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {

@@ -36,6 +36,9 @@ enum class ErrorKind {
     unwritable,         // a file, folder or file system cannot be written
     full,               // no space left
     busy,               // another process kept writing for too long
+    alreadyRecording,   // another process records
+    otherRecording,     // a recording of another kind is not finished
+    nothingRecorded,    // there is no recording to finish
     unsound,            // the doctor found something; the document tells what
     failed,             // anything else
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/record.h"
+#include "linux/location/gpsd_report.h"
 
 namespace pedvar {
 
@@ -13,8 +14,12 @@ enum class ColorOutput {
 
 struct LinuxSettings {
     ColorOutput colorOutput = ColorOutput::automatic;
+    // How gpsd's accuracies become those that the recorder judges fixes by.
+    double gpsHorizontalFactor = AccuracyFactors().horizontal;
+    double gpsVerticalFactor = AccuracyFactors().vertical;
 
-    using Fields = FieldList<&LinuxSettings::colorOutput>;
+    using Fields = FieldList<&LinuxSettings::colorOutput, &LinuxSettings::gpsHorizontalFactor,
+                             &LinuxSettings::gpsVerticalFactor>;
     bool operator==(const LinuxSettings&) const = default;
 };
 static_assert(isComplete<LinuxSettings>);

@@ -4,6 +4,7 @@
 #include "platform/cloud_settings.h"
 #include "platform/haptics.h"
 #include "platform/live_activity.h"
+#include "platform/pedometer.h"
 #include "platform/step_goal_notifications.h"
 #include "platform/text_catalogue.h"
 #include "platform/watch_link.h"
@@ -44,6 +45,16 @@ class NoHaptics : public Haptics {
 public:
     void notify(NotificationFeedback) override {}
     void impact(ImpactStyle) override {}
+};
+
+/// No step counter is there.
+class NoPedometer : public CMPedometer {
+public:
+    bool isStepCountingAvailable() const override { return false; }
+    CMAuthorizationStatus authorizationStatus() const override { return CMAuthorizationStatus::notDetermined; }
+    void startUpdates(Date, CMPedometerHandler) override {}
+    void detach() override {}
+    void stopUpdates() override {}
 };
 
 /// No surface shows a recording but the program itself.

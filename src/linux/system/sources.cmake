@@ -2,9 +2,11 @@
 set(PEDVAR_SYSTEM_SOURCES
     system/absl_zone.cpp
     system/event_loop.cpp
+    system/folder.cpp
     system/glibc_locale.cpp
     system/nlohmann_json_parser.cpp
     system/posix_zone.cpp
+    system/process_lock.cpp
     system/process_zone.cpp
     system/sqlite_defaults.cpp
     system/sqlite_defaults_file.cpp

@@ -54,5 +54,6 @@ CommandResult<Report> run(const RouteRequest& request, Application& application)
 CommandResult<Report> run(const ActivitiesRequest& request, Application& application);
 CommandResult<Report> run(const ActivityRequest& request, Application& application);
 CommandResult<Report> run(const ExportRequest& request, Application& application);
+CommandResult<Report> run(const RecordRequest& request, Application& application);
 
 }  // namespace pedvar
