@@ -5,4 +5,5 @@ pedvar_test(system DEPENDS linux core platform LIBRARIES EXPAT::EXPAT sample_exp
     system_event_loop_test.cpp
     system_json_and_log_test.cpp
     system_locale_test.cpp
+    system_shared_library_test.cpp
     system_zone_test.cpp)

@@ -6,6 +6,7 @@ set(PEDVAR_SYSTEM_SOURCES
     system/nlohmann_json_parser.cpp
     system/posix_zone.cpp
     system/process_zone.cpp
+    system/shared_library.cpp
     system/sqlite_defaults.cpp
     system/sqlite_defaults_file.cpp
     system/sqlite_defaults_format.cpp
