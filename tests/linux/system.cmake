@@ -7,3 +7,7 @@ pedvar_test(system DEPENDS linux core platform LIBRARIES EXPAT::EXPAT sample_exp
     system_locale_test.cpp
     system_shared_library_test.cpp
     system_zone_test.cpp)
+
+pedvar_test(web DEPENDS linux core platform SOURCES
+    web_session_test.cpp)
+target_compile_definitions(web_test PRIVATE PEDVAR_WEB_SERVER="${CMAKE_CURRENT_SOURCE_DIR}/web_server.py")

@@ -1,6 +1,7 @@
 #include "apps/cli/application.h"
 
 #include "apps/cli/companion.h"
+#include "apps/cli/engagement.h"
 #include "apps/cli/health.h"
 #include "apps/cli/insights.h"
 #include "apps/cli/moment.h"
@@ -185,6 +186,19 @@ CommandResult<Water*> Application::water() {
             WaterSurroundings{loop_, *clock_, health.store, health.manager.reads(), defaults_, settings_, log_});
     }
     return water_.get();
+}
+
+Engagement& Application::engagement() {
+    if (!engagement_) {
+        const auto addresses = [this] {
+            const LinuxSettings settings = linuxSettings();
+            return StoreAddresses{settings.updateAddress.text(), settings.updatePage.text(),
+                                  settings.reviewPage.text()};
+        };
+        engagement_ = std::make_unique<Engagement>(
+            EngagementSurroundings{loop_, *clock_, json_, settings_, defaults_, log_, addresses});
+    }
+    return *engagement_;
 }
 
 CommandResult<void> Application::forgetChangedDays() {

@@ -29,6 +29,7 @@
 namespace pedvar {
 
 class Companion;
+class Engagement;
 class Health;
 struct Insights;
 class Water;
@@ -88,6 +89,9 @@ public:
     /// The manager of drinks with what it needs.
     CommandResult<Water*> water();
 
+    /// What asks the person, and tells of updates.
+    Engagement& engagement();
+
     /// What follows each change: what was derived from days that have changed since is forgotten; today's totals,
     /// badges, the usual day and the suite that widgets read are made anew.
     CommandResult<void> refresh();
@@ -119,6 +123,7 @@ private:
     std::unique_ptr<Insights> insights_;
     std::unique_ptr<AchievementsStore> achievements_;
     std::unique_ptr<Water> water_;
+    std::unique_ptr<Engagement> engagement_;
     std::vector<Achievement> newBadges_;
     Subscription badgeNews_;
 };

@@ -115,12 +115,16 @@ struct DoctorRequest {
     enum class Repair { none, rebuildTotals };
     Repair repair = Repair::none;
 };
+struct UpdateRequest {
+    enum class Action { show, check, open, dismiss };
+    Action action = Action::show;
+};
 
-using Request =
-    std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
-                 RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
-                 RouteRequest, ExportRequest, AwardsRequest, WaterRequest, ContainersRequest, GoalRequest,
-                 WeightRequest, HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
+using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
+                             PaceRequest, RankRequest, CompareRequest, CalendarRequest, RecapRequest,
+                             ActivitiesRequest, ActivityRequest, RouteRequest, ExportRequest, AwardsRequest,
+                             WaterRequest, ContainersRequest, GoalRequest, WeightRequest, HeightRequest,
+                             ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest, UpdateRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {

@@ -36,6 +36,10 @@ enum class ErrorKind {
     unwritable,         // a file, folder or file system cannot be written
     full,               // no space left
     busy,               // another process kept writing for too long
+    noAddress,          // the settings have no address of what was asked for
+    checkFailed,        // who knows the newest version could not be asked, or did not say
+    noUpdate,           // no update is known
+    noBrowser,          // nothing opens a page
     unsound,            // the doctor found something; the document tells what
     failed,             // anything else
 };
