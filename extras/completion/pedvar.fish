@@ -1,5 +1,5 @@
 # fish completion for pedvar
-set -l commands import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor
+set -l commands import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor
 
 complete -c pedvar -f
 complete -c pedvar -l data -r -a '(__fish_complete_directories)' -d 'Folder of the data'
@@ -22,6 +22,7 @@ __pedvar_command rank 'Where the steps of a day stand at your age'
 __pedvar_command compare 'A day against your own past'
 __pedvar_command calendar 'A month as a page of the calendar'
 __pedvar_command recap 'What a month was'
+__pedvar_command record 'Record a walk, run, hike or ride'
 __pedvar_command activities 'All activities, the newest first'
 __pedvar_command activity 'One activity with its route'
 __pedvar_command route 'What GPX files hold'
@@ -40,6 +41,12 @@ functions -e __pedvar_command
 
 complete -c pedvar -n '__fish_seen_subcommand_from import route' -F
 complete -c pedvar -n '__fish_seen_subcommand_from import' -l as -x -a 'walk run hike cycle' -d 'What a GPX file was'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -a 'walk run hike cycle'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l finish -d 'Put what was left into the history'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l gpsd -x -d 'Where gpsd answers'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l replay -r -F -d 'Play a GPX file back'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l speed -x -a '1 10 max' -d 'Of the replay'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l save -d 'Put the replay into the history'
 complete -c pedvar -n '__fish_seen_subcommand_from activity export' -a last
 complete -c pedvar -n '__fish_seen_subcommand_from activity' -l type -x -a 'walk run hike cycle' -d 'Make it another'
 complete -c pedvar -n '__fish_seen_subcommand_from activity' -l delete -d 'Delete it'

@@ -6,6 +6,8 @@ pedvar_test(system DEPENDS linux core platform LIBRARIES EXPAT::EXPAT sample_exp
     system_json_and_log_test.cpp
     system_locale_test.cpp
     system_shared_library_test.cpp
+    system_process_lock_test.cpp
+    system_replay_time_test.cpp
     system_zone_test.cpp)
 
 pedvar_test(web DEPENDS linux core platform SOURCES

@@ -44,6 +44,7 @@ public:
     static CommandResult<std::unique_ptr<Application>> open(const GlobalOptions& options, Access access);
     ~Application();
 
+    const GlobalOptions& options() const { return options_; }
     bool isWriting() const { return access_ == Access::readWrite; }
     bool wantsJson() const { return options_.format == OutputFormat::json; }
     const std::filesystem::path& folder() const { return folder_; }
@@ -51,9 +52,14 @@ public:
     const TextCatalogue& catalogue() const { return catalogue_; }
     const Clock& clock() const { return *clock_; }
     EventLoop& loop() { return loop_; }
+    const Locale& locale() const { return locale_; }
+    const ZoneRules& zone() const { return *zone_.rules; }
+    PlatformLog& log() { return log_; }
     SqliteDefaults& defaults() { return defaults_; }
+    DocumentParts& documents() { return documents_; }
     const JsonParser& json() const { return json_; }
     SettingsStore& settings() { return settings_; }
+    Calendar calendar() const { return settings_.calendar(); }
     Day today() const { return settings_.calendar().day(clock_->now()); }
 
     LinuxSettings linuxSettings() const;
@@ -95,6 +101,7 @@ public:
     /// What follows each change: what was derived from days that have changed since is forgotten; today's totals,
     /// badges, the usual day and the suite that widgets read are made anew.
     CommandResult<void> refresh();
+    Task<CommandResult<void>> refreshing();
 
 private:
     Application(const GlobalOptions& options, std::filesystem::path folder, ProcessZone zone,

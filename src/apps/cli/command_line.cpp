@@ -87,6 +87,31 @@ std::string metricNames() {
     return fmt::format("{}; steps without it", fmt::join(caseNames<ActivityMetric>, ", "));
 }
 
+void describeRecording(Grammar& grammar) {
+    grammar.command<RecordRequest>(
+        "record", "Record a walk, run, hike or ride", [](CLI::App& command, RecordRequest& request) {
+            command.add_option("TYPE", request.type, "walk, run, hike or cycle");
+            CLI::Option* const finish = command.add_flag_callback(
+                "--finish", [&request] { request.finish = RecordRequest::Finish::yes; },
+                "Put a recording that was left into the history");
+            CLI::Option* const gpsd =
+                command.add_option("--gpsd", request.gpsd, "Where gpsd answers; localhost:2947 without it")
+                    ->type_name("HOST:PORT");
+            CLI::Option* const replay =
+                command.add_option("--replay", request.replay, "Play a GPX file back instead of receiving")
+                    ->type_name("FILE")
+                    ->excludes(finish)
+                    ->excludes(gpsd);
+            command.add_option("--speed", request.speed, "Of the replay: 1, 10 or max; max without it")
+                ->needs(replay);
+            command
+                .add_flag_callback(
+                    "--save", [&request] { request.save = RecordRequest::Save::yes; },
+                    "Put the replay into the history")
+                ->needs(replay);
+        });
+}
+
 void describeCommands(Grammar& grammar) {
     grammar.command<ImportRequest>(
         "import", "Read a phone's health export, or an activity from GPX",
@@ -130,6 +155,7 @@ void describeCommands(Grammar& grammar) {
     grammar.command<RecapRequest>("recap", "What a month was", [](CLI::App& command, RecapRequest& request) {
         command.add_option("MONTH", request.month, "YYYY-MM; the month that has ended last without it");
     });
+    describeRecording(grammar);
     describeActivities(grammar);
     grammar.command<AwardsRequest>(
         "awards", "Badges, and how far the next ones are", [](CLI::App& command, AwardsRequest& request) {
@@ -193,6 +219,7 @@ void describeCommands(Grammar& grammar) {
                 "--rebuild", [&request] { request.repair = DoctorRequest::Repair::rebuildTotals; },
                 "Make the stored totals anew");
         });
+    grammar.command<WatchRequest>("watch", "Stay: count steps, keep widgets up to date, and tell of the day");
     grammar.command<UpdateRequest>(
         "update", "Whether there is a newer Pedvar", [](CLI::App& command, UpdateRequest& request) {
             using enum UpdateRequest::Action;
@@ -219,6 +246,7 @@ struct Writing {
     bool operator()(const WeightRequest& weight) const { return weight.value.has_value(); }
     bool operator()(const HeightRequest& height) const { return height.value.has_value(); }
     bool operator()(const ProfileRequest& profile) const { return profile.value.has_value(); }
+    bool operator()(const RecordRequest&) const { return true; }
     bool operator()(const ImportRequest&) const { return true; }
     bool operator()(const GoalRequest& goal) const { return goal.goal.has_value(); }
     bool operator()(const WaterRequest& water) const { return isDrink(water) || water.undo; }
@@ -226,6 +254,7 @@ struct Writing {
     bool operator()(const SettingsRequest& settings) const { return settings.value.has_value(); }
     bool operator()(const SourcesRequest& sources) const { return !sources.order.empty(); }
     bool operator()(const DoctorRequest& doctor) const { return doctor.repair != DoctorRequest::Repair::none; }
+    bool operator()(const WatchRequest&) const { return true; }
     bool operator()(const UpdateRequest& update) const {
         return update.action == UpdateRequest::Action::check || update.action == UpdateRequest::Action::dismiss;
     }

@@ -119,12 +119,24 @@ struct UpdateRequest {
     enum class Action { show, check, open, dismiss };
     Action action = Action::show;
 };
+struct RecordRequest {
+    enum class Finish { no, yes };
+    enum class Save { no, yes };
+    std::optional<std::string> type;
+    Finish finish = Finish::no;
+    std::optional<std::string> gpsd;
+    std::optional<std::string> replay;
+    std::string speed = "max";
+    Save save = Save::no;
+};
+struct WatchRequest {};
 
-using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
-                             PaceRequest, RankRequest, CompareRequest, CalendarRequest, RecapRequest,
-                             ActivitiesRequest, ActivityRequest, RouteRequest, ExportRequest, AwardsRequest,
-                             WaterRequest, ContainersRequest, GoalRequest, WeightRequest, HeightRequest,
-                             ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest, UpdateRequest>;
+using Request =
+    std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
+                 RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
+                 RouteRequest, ExportRequest, RecordRequest, WatchRequest, AwardsRequest, WaterRequest,
+                 ContainersRequest, GoalRequest, WeightRequest, HeightRequest, ProfileRequest, SettingsRequest,
+                 SourcesRequest, DoctorRequest, UpdateRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {

@@ -40,6 +40,10 @@ enum class ErrorKind {
     checkFailed,        // who knows the newest version could not be asked, or did not say
     noUpdate,           // no update is known
     noBrowser,          // nothing opens a page
+    alreadyRecording,   // another process records
+    otherRecording,     // a recording of another kind is not finished
+    alreadyWatching,    // another process watches
+    nothingRecorded,    // there is no recording to finish
     unsound,            // the doctor found something; the document tells what
     failed,             // anything else
 };

@@ -15,4 +15,11 @@ std::optional<WebAddress> WebAddress::fromText(std::string_view text) {
     return address;
 }
 
+std::optional<FolderPath> FolderPath::fromText(std::string_view text) {
+    if (!text.empty() && !text.starts_with('/')) return std::nullopt;
+    FolderPath folder;
+    folder.text_ = text;
+    return folder;
+}
+
 }  // namespace pedvar

@@ -17,20 +17,6 @@ bool write(std::FILE* file, const std::string& text) {
     return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
 }
 
-/// What a screen looks like on the terminal at hand: without blanks at the ends of lines.
-std::string finished(std::string_view screen, int descriptor) {
-    std::string result;
-    for (const char character : screen) {
-        if (character == '\n') result.erase(result.find_last_not_of(' ') + 1);
-        result += character;
-    }
-    return terminalBehind(descriptor, ColorOutput::never).charset == Charset::ascii ? toAscii(result) : result;
-}
-
-void tell(std::string_view message) {
-    write(stderr, finished(fmt::format("pedvar: {}\n", harmless(message)), STDERR_FILENO));
-}
-
 /// What is opened to answer goes into `application`, which has to live until the answer is shown.
 CommandResult<Report> answer(std::span<const char* const> arguments, std::unique_ptr<Application>& application) {
     auto line = parseCommandLine(arguments);

@@ -22,8 +22,12 @@ class SqliteDefaults : public DefaultsDomains {
 public:
     enum class Access { readOnly, readWrite };
 
+    /// What a finished write survives. Waiting for the disk is most of a write.
+    enum class Durability { endOfMachine, endOfProcess };
+
     SqliteDefaults(const std::filesystem::path& folder, Access access,
-                   std::chrono::milliseconds patience = std::chrono::seconds(5));
+                   std::chrono::milliseconds patience = std::chrono::seconds(5),
+                   Durability durability = Durability::endOfMachine);
     ~SqliteDefaults() override;
 
     const UserDefaults& standard() const override { return standard_; }
@@ -57,6 +61,7 @@ private:
 
     Access access_;
     std::chrono::milliseconds patience_;
+    Durability durability_;
     bool hasWaitedInVain_ = false;  // then the next change does not wait as well
     SqliteDefaultsFile standard_;
     SqliteDefaultsFile shared_;

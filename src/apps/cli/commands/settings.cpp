@@ -62,6 +62,8 @@ std::string validValues(const Texts& text) {
         return "true, false";
     } else if constexpr (std::same_as<Field, WebAddress>) {
         return text("an address that begins with https:// or http://, none");
+    } else if constexpr (std::same_as<Field, FolderPath>) {
+        return text("the absolute path of a folder, none");
     } else if constexpr (std::same_as<Field, std::int64_t>) {
         return text("a whole number of millilitres from {} to {}", lowestWaterGoal, highestWaterGoal);
     } else {
