@@ -55,6 +55,7 @@ private:
     void startElement(std::string_view name, XmlAttributes attributes) override;
     void endElement(std::string_view name) override;
     void characters(std::string_view text) override;
+    bool wantsCharacters() const override { return openTextElements_ > 0; }
 
     /// Where a reading of the current point goes; null for an element that is none.
     std::optional<double>* readingNamed(std::string_view name);
@@ -82,7 +83,7 @@ private:
         std::optional<double> horizontalAccuracy, verticalAccuracy, speed, course;
     } currentReadings_;                 // none of them is negative
     std::string currentText_;           // since the last start tag
-    std::size_t openTextElements_ = 0;  // whose text will be read; outside of them none is collected
+    std::size_t openTextElements_ = 0;  // whose text will be read
     bool insideTrack_ = false;
     bool insideTrackPoint_ = false;
     bool insideMetadata_ = false;
