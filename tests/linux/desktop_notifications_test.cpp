@@ -149,7 +149,7 @@ TEST_CASE_FIXTURE(Shown,
     const DayStanding standing{.streak = 3, .lastWeekSteps = 70'000};
     Counting counted(notifications);
     std::optional<StepGoalNotificationManager> teller;
-    std::vector<std::string> week;
+    std::string week;
     for (Date now = calendar.start(monday); now < calendar.start(monday + days(7));
          now = std::min(nextNotificationMoment(calendar, now), now + 1h)) {
         time.setClock(now);
@@ -164,9 +164,32 @@ TEST_CASE_FIXTURE(Shown,
         for (int i = before; i < counted.asked; ++i) {
             const std::string shown = desktop->shown();
             const std::size_t title = shown.find('"') + 1;
-            week.push_back(isoText(day).substr(8) + " at " + std::to_string(clock / 1h).substr(0, 4) + " " +
-                           shown.substr(title, shown.find('"', title) - title));
+            week += isoText(day).substr(8) + " at " + std::to_string(clock / 1h).substr(0, 4) + " " +
+                    shown.substr(title, shown.find('"', title) - title) + "\n";
         }
     }
-    CHECK(week == std::vector<std::string>{});
+    CHECK(week == R"(06 at 8.00 Good morning
+06 at 9.00 Your week
+06 at 15.0 Close to your goal
+06 at 18.0 Goal achieved
+07 at 8.00 Good morning
+07 at 19.0 Close to your goal
+07 at 19.0 How about a walk?
+07 at 20.5 Your streak is in danger
+08 at 8.00 Good morning
+08 at 15.0 Close to your goal
+08 at 18.0 Goal achieved
+09 at 8.00 Good morning
+09 at 15.0 Close to your goal
+09 at 18.0 Goal achieved
+10 at 8.00 Good morning
+10 at 19.0 How about a walk?
+10 at 20.5 Your streak is in danger
+11 at 8.00 Good morning
+11 at 15.0 Close to your goal
+11 at 18.0 Goal achieved
+12 at 8.00 Good morning
+12 at 15.0 Close to your goal
+12 at 18.0 Goal achieved
+)");
 }

@@ -52,15 +52,16 @@ def main():
     loop = GLib.MainLoop()
 
     def hear(*_):
-        words = sys.stdin.readline().split()
-        if not words:
+        lines = os.read(sys.stdin.fileno(), 4096).decode().splitlines()
+        if not lines:
             loop.quit()
             return False
-        if words[0] == "choose":
-            server.ActionInvoked(int(words[1]), words[2])
-            server.NotificationClosed(int(words[1]), 3)
-        else:
-            server.NotificationClosed(int(words[1]), int(words[2]))
+        for words in map(str.split, lines):
+            if words[0] == "choose":
+                server.ActionInvoked(int(words[1]), words[2])
+                server.NotificationClosed(int(words[1]), 3)
+            else:
+                server.NotificationClosed(int(words[1]), int(words[2]))
         return True
 
     GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, hear)

@@ -120,7 +120,10 @@ public:
     }
 
     /// False once the connection has ended.
-    bool isAlive() const { return isAlive_; }
+    bool isAlive() {
+        if (isAlive_) process();
+        return isAlive_;
+    }
 
     void show(UserNotification notification, NotificationHandler completion) {
         waiting_.emplace_back(std::move(notification), std::move(completion));
