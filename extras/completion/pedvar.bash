@@ -1,7 +1,7 @@
 # bash completion for pedvar
 _pedvar() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor"
+    local commands="import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor watch update"
     local command="" key="" i
     COMPREPLY=()
     case $previous in
@@ -40,6 +40,7 @@ _pedvar() {
         containers) options+=" --drink --rename --default --remove" ;;
         sources) options+=" --order" ;;
         doctor) options+=" --rebuild" ;;
+        update) options+=" --check --open --dismiss" ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
         return

@@ -1,5 +1,5 @@
 # fish completion for pedvar
-set -l commands import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor
+set -l commands import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor watch update
 
 complete -c pedvar -f
 complete -c pedvar -l data -r -a '(__fish_complete_directories)' -d 'Folder of the data'
@@ -37,6 +37,8 @@ __pedvar_command profile 'Show or change what Pedvar knows of you'
 __pedvar_command settings 'Show or change the settings'
 __pedvar_command sources 'Who counted the steps'
 __pedvar_command doctor 'Check what is stored'
+__pedvar_command watch 'Stay, count steps and tell of the day'
+__pedvar_command update 'Whether there is a newer Pedvar'
 functions -e __pedvar_command
 
 complete -c pedvar -n '__fish_seen_subcommand_from import route' -F
@@ -59,6 +61,9 @@ complete -c pedvar -n '__fish_seen_subcommand_from day week' -a 'today yesterday
 complete -c pedvar -n '__fish_seen_subcommand_from settings' -a '(pedvar settings 2>/dev/null | string split -f 1 " ")'
 complete -c pedvar -n '__fish_seen_subcommand_from sources' -l order -x -d 'Names of sources, most trusted first'
 complete -c pedvar -n '__fish_seen_subcommand_from doctor' -l rebuild -d 'Make the stored totals anew'
+complete -c pedvar -n '__fish_seen_subcommand_from update' -l check -d 'Ask for the newest version now'
+complete -c pedvar -n '__fish_seen_subcommand_from update' -l open -d 'Open its page in the browser'
+complete -c pedvar -n '__fish_seen_subcommand_from update' -l dismiss -d 'Do not tell of this version again'
 complete -c pedvar -n '__fish_seen_subcommand_from rank' -l steps -x -d 'Of so many steps'
 complete -c pedvar -n '__fish_seen_subcommand_from rank' -l age -x -d 'At another age'
 complete -c pedvar -n '__fish_seen_subcommand_from compare' -l date -x -a 'today yesterday' -d 'Another day'

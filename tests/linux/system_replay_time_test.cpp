@@ -2,6 +2,8 @@
 
 #include <doctest/doctest.h>
 
+#include <cmath>
+
 #include <chrono>
 #include <cmath>
 #include <functional>

@@ -29,6 +29,7 @@
 namespace pedvar {
 
 class Companion;
+class Engagement;
 class Health;
 struct Insights;
 class Water;
@@ -43,6 +44,7 @@ public:
     static CommandResult<std::unique_ptr<Application>> open(const GlobalOptions& options, Access access);
     ~Application();
 
+    const GlobalOptions& options() const { return options_; }
     bool isWriting() const { return access_ == Access::readWrite; }
     bool wantsJson() const { return options_.format == OutputFormat::json; }
     const std::filesystem::path& folder() const { return folder_; }
@@ -50,6 +52,7 @@ public:
     const TextCatalogue& catalogue() const { return catalogue_; }
     const Clock& clock() const { return *clock_; }
     EventLoop& loop() { return loop_; }
+    const Locale& locale() const { return locale_; }
     const ZoneRules& zone() const { return *zone_.rules; }
     PlatformLog& log() { return log_; }
     SqliteDefaults& defaults() { return defaults_; }
@@ -92,9 +95,13 @@ public:
     /// The manager of drinks with what it needs.
     CommandResult<Water*> water();
 
+    /// What asks the person, and tells of updates.
+    Engagement& engagement();
+
     /// What follows each change: what was derived from days that have changed since is forgotten; today's totals,
     /// badges, the usual day and the suite that widgets read are made anew.
     CommandResult<void> refresh();
+    Task<CommandResult<void>> refreshing();
 
 private:
     Application(const GlobalOptions& options, std::filesystem::path folder, ProcessZone zone,
@@ -125,6 +132,7 @@ private:
     std::unique_ptr<Insights> insights_;
     std::unique_ptr<AchievementsStore> achievements_;
     std::unique_ptr<Water> water_;
+    std::unique_ptr<Engagement> engagement_;
     std::vector<Achievement> newBadges_;
     Subscription badgeNews_;
 };

@@ -222,6 +222,17 @@ void describeCommands(Grammar& grammar) {
                 "--rebuild", [&request] { request.repair = DoctorRequest::Repair::rebuildTotals; },
                 "Make the stored totals anew");
         });
+    grammar.command<WatchRequest>("watch", "Stay: count steps, keep widgets up to date, and tell of the day");
+    grammar.command<UpdateRequest>(
+        "update", "Whether there is a newer Pedvar", [](CLI::App& command, UpdateRequest& request) {
+            using enum UpdateRequest::Action;
+            const auto action = [&](const char* name, UpdateRequest::Action wanted, const char* summary) {
+                return command.add_flag_callback(name, [&request, wanted] { request.action = wanted; }, summary);
+            };
+            CLI::Option* const asking = action("--check", check, "Ask for the newest version now");
+            CLI::Option* const opening = action("--open", open, "Open its page in the browser")->excludes(asking);
+            action("--dismiss", dismiss, "Do not tell of this version again")->excludes(asking)->excludes(opening);
+        });
 }
 
 /// The command given, or the program itself.
@@ -246,6 +257,10 @@ struct Writing {
     bool operator()(const SettingsRequest& settings) const { return settings.value.has_value(); }
     bool operator()(const SourcesRequest& sources) const { return !sources.order.empty(); }
     bool operator()(const DoctorRequest& doctor) const { return doctor.repair != DoctorRequest::Repair::none; }
+    bool operator()(const WatchRequest&) const { return true; }
+    bool operator()(const UpdateRequest& update) const {
+        return update.action == UpdateRequest::Action::check || update.action == UpdateRequest::Action::dismiss;
+    }
     bool operator()(const ActivityRequest& activity) const {
         return activity.type || activity.deletion != ActivityRequest::Deletion::none;
     }

@@ -115,7 +115,10 @@ struct DoctorRequest {
     enum class Repair { none, rebuildTotals };
     Repair repair = Repair::none;
 };
-
+struct UpdateRequest {
+    enum class Action { show, check, open, dismiss };
+    Action action = Action::show;
+};
 struct RecordRequest {
     enum class Finish { no, yes };
     enum class Save { no, yes };
@@ -126,12 +129,14 @@ struct RecordRequest {
     std::string speed = "max";
     Save save = Save::no;
 };
+struct WatchRequest {};
 
-using Request = std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest,
-                             PaceRequest, RankRequest, CompareRequest, CalendarRequest, RecapRequest,
-                             ActivitiesRequest, ActivityRequest, RouteRequest, ExportRequest, RecordRequest,
-                             AwardsRequest, WaterRequest, ContainersRequest, GoalRequest, WeightRequest,
-                             HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
+using Request =
+    std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
+                 RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
+                 RouteRequest, ExportRequest, RecordRequest, WatchRequest, AwardsRequest, WaterRequest,
+                 ContainersRequest, GoalRequest, WeightRequest, HeightRequest, ProfileRequest, SettingsRequest,
+                 SourcesRequest, DoctorRequest, UpdateRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {

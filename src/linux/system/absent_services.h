@@ -5,7 +5,6 @@
 #include "platform/haptics.h"
 #include "platform/live_activity.h"
 #include "platform/pedometer.h"
-#include "platform/step_goal_notifications.h"
 #include "platform/text_catalogue.h"
 #include "platform/watch_link.h"
 #include "platform/widget_center.h"
@@ -63,12 +62,6 @@ public:
     void start(const LiveActivityState&) override {}
     void update(const LiveActivityState&) override {}
     void end() override {}
-};
-
-/// No notifications are shown, so progress towards the goal is not followed.
-class NoStepGoalNotifications : public StepGoalNotifications {
-public:
-    void goalProgressed(std::int64_t, std::int64_t) override {}
 };
 
 }  // namespace pedvar

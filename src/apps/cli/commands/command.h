@@ -50,6 +50,8 @@ CommandResult<Report> run(const ProfileRequest& request, Application& applicatio
 CommandResult<Report> run(const SettingsRequest& request, Application& application);
 CommandResult<Report> run(const SourcesRequest& request, Application& application);
 CommandResult<Report> run(const DoctorRequest& request, Application& application);
+CommandResult<Report> run(const WatchRequest& request, Application& application);
+CommandResult<Report> run(const UpdateRequest& request, Application& application);
 CommandResult<Report> run(const RouteRequest& request, Application& application);
 CommandResult<Report> run(const ActivitiesRequest& request, Application& application);
 CommandResult<Report> run(const ActivityRequest& request, Application& application);

@@ -2,6 +2,7 @@
 
 #include "apps/cli/activity_list.h"
 #include "apps/cli/commands/arguments.h"
+#include "apps/cli/kernel_files.h"
 #include "apps/cli/live_input.h"
 #include "apps/cli/receiver_news.h"
 #include "apps/cli/recorder.h"
@@ -9,7 +10,6 @@
 #include "apps/cli/recording_views.h"
 #include "linux/steps/iio_pedometer.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 
@@ -36,12 +36,6 @@ CommandResult<GpsdAddress> gpsdAddress(const std::optional<std::string>& typed, 
         return usageError(text("\"{}\" is no HOST:PORT; one is written like localhost:2947.", *typed));
     }
     return address;
-}
-
-KernelFiles kernelFiles() {
-    KernelFiles files;
-    if (const char* const devices = std::getenv("PEDVAR_STEP_COUNTERS")) files.devices = devices;
-    return files;
 }
 
 /// What an earlier process has left, in the state of its last checkpoint. One that is older than twelve hours has
