@@ -53,11 +53,19 @@ def epochs(log):
                 groups.append((at, []))
             last = moment
         groups[-1][1].append(line)
-    return groups
+    return groups if len(groups) > 1 else pieces(log)
+
+
+def pieces(log):
+    """The same of a log in a receiver's own binary language, whose clock stays as it is."""
+    said = re.sub(rb"\A(#.*\n)+", b"", log.read_bytes())
+    return [(at / 1000, [said[at:at + 200]]) for at in range(0, len(said), 200)]
 
 
 def retimed(line, moment):
-    """The sentence with the clock of `moment`; one whose checksum is wrong stays so."""
+    """The sentence with the clock of `moment`; one whose checksum is wrong stays so, as does what is none."""
+    if not line.startswith(b"$"):
+        return line
     body, star, sum = line[1:].partition(b"*")
     if star and sum.strip().upper() != checksum(body):
         return line + b"\r\n"
