@@ -150,7 +150,7 @@ Task<DayStanding> Watcher::standing() {
     const auto steps =
         co_await reads.fetchDailySteps(weekStart - week, weekStart - oneDay, calendar, QueryPriority::normal);
     if (steps) standing.lastWeekSteps = std::accumulate(steps->begin(), steps->end(), std::int64_t{0});
-    standing.water = waterStanding();
+    standing.water = co_await waterStanding();
     const AchievementTexts texts = application_.achievementTexts();
     for (const Achievement& badge : *managers_.achievements.achievements) {
         if (badge.isUnlocked) {
@@ -160,18 +160,20 @@ Task<DayStanding> Watcher::standing() {
     co_return standing;
 }
 
-std::optional<WaterStanding> Watcher::waterStanding() const {
+Task<std::optional<WaterStanding>> Watcher::waterStanding() const {
     // Who never notes what they drink wants no reminders either.
-    const HydrationManager& water = managers_.water.manager;
+    HydrationManager& water = managers_.water.manager;
+    if (!application_.linuxSettings().waterReminders) co_return std::nullopt;
     const Date now = application_.clock().now();
-    if (!application_.linuxSettings().waterReminders || water.drinks({now - week, now}).empty())
-        return std::nullopt;
+    const Interval lastWeek{now - week, now};
+    const auto drinks = co_await water.fetchDrinks(lastWeek);
+    if (drinks.empty()) co_return std::nullopt;
     const UserPreferences preferences = application_.settings().preferences();
     const VolumeUnit unit = water.settings().volumeUnit.value_or(preferences.volumeUnit);
     const Figures figures(application_.locale(), preferences, application_.text());
-    return WaterStanding{.isGoalMet = water.todayMilliliters >= water.goalMilliliters,
-                         .drunk = figures.volume(water.todayMilliliters, unit),
-                         .goal = figures.volume(water.goalMilliliters, unit)};
+    co_return WaterStanding{.isGoalMet = water.todayMilliliters >= water.goalMilliliters,
+                            .drunk = figures.volume(water.todayMilliliters, unit),
+                            .goal = figures.volume(water.goalMilliliters, unit)};
 }
 
 }  // namespace pedvar

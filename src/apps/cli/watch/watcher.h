@@ -59,7 +59,7 @@ private:
     void followDropFolder();
     Task<> refresh();
     Task<DayStanding> standing();
-    std::optional<WaterStanding> waterStanding() const;
+    Task<std::optional<WaterStanding>> waterStanding() const;
     /// The person has the application before them again: at the beginning, and on each new day.
     void open();
 
