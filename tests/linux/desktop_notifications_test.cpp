@@ -170,26 +170,26 @@ TEST_CASE_FIXTURE(Shown,
     }
     CHECK(week == R"(06 at 8.00 Good morning
 06 at 9.00 Your week
-06 at 15.0 Close to your goal
+06 at 14.0 Close to your goal
 06 at 18.0 Goal achieved
 07 at 8.00 Good morning
 07 at 19.0 Close to your goal
 07 at 19.0 How about a walk?
 07 at 20.5 Your streak is in danger
 08 at 8.00 Good morning
-08 at 15.0 Close to your goal
+08 at 14.0 Close to your goal
 08 at 18.0 Goal achieved
 09 at 8.00 Good morning
-09 at 15.0 Close to your goal
+09 at 14.0 Close to your goal
 09 at 18.0 Goal achieved
 10 at 8.00 Good morning
 10 at 19.0 How about a walk?
 10 at 20.5 Your streak is in danger
 11 at 8.00 Good morning
-11 at 15.0 Close to your goal
+11 at 14.0 Close to your goal
 11 at 18.0 Goal achieved
 12 at 8.00 Good morning
-12 at 15.0 Close to your goal
+12 at 14.0 Close to your goal
 12 at 18.0 Goal achieved
 )");
 }

@@ -2,7 +2,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +12,16 @@
 #include <utility>
 
 namespace pedvar {
+
+namespace {
+
+/// A descriptor that becomes readable when the process ends; negative without one. The header of glibc 2.36 lets C
+/// only call its function for that.
+int openProcess(pid_t process) {
+    return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+}
+
+}  // namespace
 
 std::expected<std::unique_ptr<ChildProcess>, std::string> ChildProcess::start(
     Readiness& readiness, std::vector<std::string> words, std::move_only_function<void(int)> handler) {
@@ -26,7 +36,7 @@ std::expected<std::unique_ptr<ChildProcess>, std::string> ChildProcess::start(
     const int failure = posix_spawnp(&process, arguments.front(), &files, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&files);
     if (failure != 0) return std::unexpected(std::strerror(failure));
-    std::unique_ptr<ChildProcess> child(new ChildProcess(process, pidfd_open(process, 0), std::move(handler)));
+    std::unique_ptr<ChildProcess> child(new ChildProcess(process, openProcess(process), std::move(handler)));
     if (child->descriptor_ < 0) return std::unexpected(std::strerror(errno));
     child->readable_ = readiness.onReadable(child->descriptor_, [&self = *child] {
         self.readable_ = {};
