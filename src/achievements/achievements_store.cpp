@@ -27,10 +27,14 @@ HKQuantityType distanceType() {
     return {HKQuantityTypeIdentifierDistanceWalkingRunning};
 }
 
-/// `found` with what was unlocked before. Of two days of one zone the earlier counts.
+/// `found` with what was unlocked before. Of two days the earlier counts; days of two zones are the same where
+/// only the zones set them apart.
 Achievement joined(Achievement found, const Achievement& before, bool isSameZone) {
     if (!before.isUnlocked) return found;
-    const bool wasEarlier = isSameZone && before.unlockedDate && before.unlockedDate < found.unlockedDate;
+    constexpr std::chrono::hours farthestZones{26};
+    const Seconds apart = isSameZone ? Seconds(0) : farthestZones;
+    const bool wasEarlier =
+        before.unlockedDate && found.unlockedDate && *before.unlockedDate + apart < *found.unlockedDate;
     if (!found.isUnlocked || wasEarlier) found.unlockedDate = before.unlockedDate;
     found.isUnlocked = true;
     return found;
@@ -47,6 +51,29 @@ std::vector<Achievement> joined(std::vector<Achievement> found, const Achievemen
     return found;
 }
 
+/// Whether all of it can have been evaluated once.
+bool isSound(const AchievementsSnapshot& snapshot) {
+    constexpr Seconds farthest = std::chrono::years(1'000);
+    return std::ranges::all_of(snapshot.achievements, [&](const Achievement& achievement) {
+        const Seconds since2001 = achievement.unlockedDate.value_or(Date()).time_since_epoch();
+        return std::chrono::abs(since2001) <= farthest && achievement.requirement > 0 && achievement.progress >= 0;
+    });
+}
+
+/// The badges of the catalogue as they are stored.
+std::vector<Achievement> restored(const AchievementsSnapshot& snapshot) {
+    auto achievements = catalogue();
+    for (Achievement& achievement : achievements) {
+        const auto known = std::ranges::find(snapshot.achievements, achievement.key, &Achievement::key);
+        if (known == snapshot.achievements.end()) continue;
+        achievement.requirement = known->requirement;
+        achievement.isUnlocked = known->isUnlocked;
+        achievement.unlockedDate = known->unlockedDate;
+        achievement.progress = known->progress;
+    }
+    return achievements;
+}
+
 }  // namespace
 
 AchievementsStore::AchievementsStore(MainExecutor& executor, const Clock& clock, HKHealthStore& healthStore,
@@ -60,12 +87,13 @@ AchievementsStore::AchievementsStore(MainExecutor& executor, const Clock& clock,
       defaults_(defaults),
       log_(log) {
     snapshot_ = stored().value_or(AchievementsSnapshot{});
-    achievements = joined(catalogue(), snapshot_, snapshot_.zone);
+    achievements = restored(snapshot_);
 }
 
 std::optional<AchievementsSnapshot> AchievementsStore::stored() const {
     const auto data = defaults_.standard().data(snapshotKey);
-    return data ? readJson<AchievementsSnapshot>(data->bytes) : std::nullopt;
+    auto snapshot = data ? readJson<AchievementsSnapshot>(data->bytes) : std::nullopt;
+    return snapshot && isSound(*snapshot) ? snapshot : std::nullopt;
 }
 
 Task<> AchievementsStore::evaluate() {

@@ -176,6 +176,18 @@ Task<std::optional<DayTotals>> ActivityReads::fetchDailyWater(Day first, Day las
     return fetchDayTotals(waterDrunk(), first, last, calendar, priority);
 }
 
+Task<std::optional<std::vector<Date>>> ActivityReads::fetchOwnWater(Interval within, QueryPriority priority) {
+    const HKQuantityType type{waterDrunk().identifier};
+    const HKPredicate predicate{within.start, within.end, HKQueryOptions::strictStartDate};
+    const auto samples = co_await reads_.fetchSamples(type, predicate, 0, HKSampleSort::none, priority);
+    if (!samples) co_return std::nullopt;
+    std::vector<Date> moments;
+    for (const HKQuantitySample& sample : *samples) {
+        if (sample.source.isOwn) moments.push_back(sample.start);
+    }
+    co_return moments;
+}
+
 Task<std::optional<double>> ActivityReads::fetchBodyMass(Date before, QueryPriority priority) {
     const HKQuantityType type{HKQuantityTypeIdentifierBodyMass};
     const auto sample = co_await fetchSample(type, before, HKSampleSort::startDateDescending, priority);

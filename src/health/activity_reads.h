@@ -49,6 +49,8 @@ public:
     /// Millilitres of water drunk.
     Task<double> fetchWater(Date from, Date to, QueryPriority priority);
     Task<std::optional<DayTotals>> fetchDailyWater(Day first, Day last, Calendar calendar, QueryPriority priority);
+    /// When the samples of water that Pedvar wrote start; none when they cannot be read.
+    Task<std::optional<std::vector<Date>>> fetchOwnWater(Interval within, QueryPriority priority);
     /// Kilograms, as weighed last before `before`; none without a weight or when it cannot be read.
     Task<std::optional<double>> fetchBodyMass(Date before, QueryPriority priority);
 

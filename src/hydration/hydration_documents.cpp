@@ -3,7 +3,6 @@
 #include "core/check.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -13,17 +12,18 @@ namespace pedvar {
 namespace {
 
 constexpr std::string_view settingsKey = "hydrationSettings";
+// A drink is in the month that it had where it was drunk; zones differ by up to 26 hours.
+constexpr std::chrono::days otherZones{2};
 
 std::string keyOf(std::chrono::year_month month) {
     return "hydrationDrinks." + monthKey(month);
 }
 
-/// Samples are told apart by their millisecond.
+}  // namespace
+
 std::int64_t millisecondOf(Date date) {
     return std::llround(date.time_since_epoch().count() * 1e3);
 }
-
-}  // namespace
 
 std::optional<HydrationSettings> HydrationDocuments::storedSettings() const {
     const auto data = defaults_.standard().data(settingsKey);
@@ -62,18 +62,37 @@ DefaultsResult HydrationDocuments::changeSettings(const std::function<bool(Hydra
 
 std::optional<std::vector<Drink>> HydrationDocuments::storedDrinks(Month month) const {
     const auto data = defaults_.standard().data(keyOf(month));
-    return data ? settings_.decode<std::vector<Drink>>(data->bytes) : std::nullopt;
+    auto stored = data ? settings_.decode<std::vector<Drink>>(data->bytes) : std::nullopt;
+    const Calendar calendar = settings_.calendar();
+    const Interval possible{calendar.start(firstDay(month) - otherZones),
+                            calendar.start(firstDay(month + std::chrono::months(1)) + otherZones)};
+    const auto isSound = [&](const Drink& drink) {
+        return isDrinkAmount(drink.milliliters) && 0 <= drink.waterMilliliters &&
+               drink.waterMilliliters <= drink.milliliters && possible.contains(drink.date);
+    };
+    return stored && std::ranges::all_of(*stored, isSound) ? stored : std::nullopt;
 }
 
 HydrationDocuments::Month HydrationDocuments::monthOf(Date date) const {
     return month(settings_.calendar().day(date));
 }
 
-std::vector<Drink> HydrationDocuments::drinks(const Interval& within) const {
-    std::vector<Drink> found;
-    constexpr std::chrono::days otherZones{1};  // a drink is in the month that it had where it was drunk
+std::vector<HydrationDocuments::Month> HydrationDocuments::months(const Interval& within) const {
+    std::vector<Month> found;
     const Month last = monthOf(within.end + otherZones);
     for (Month month = monthOf(within.start - otherZones); month <= last; month += std::chrono::months(1)) {
+        found.push_back(month);
+    }
+    return found;
+}
+
+std::vector<HydrationDocuments::Month> HydrationDocuments::monthsUpTo(Date now) const {
+    return months({now - std::chrono::days(dayCount(monthOf(now))), now});
+}
+
+std::vector<Drink> HydrationDocuments::drinks(const Interval& within) const {
+    std::vector<Drink> found;
+    for (const Month month : months(within)) {
         for (const Drink& drink : storedDrinks(month).value_or(std::vector<Drink>())) {
             if (within.contains(drink.date)) found.push_back(drink);
         }
@@ -100,38 +119,47 @@ std::expected<Drink, DefaultsError> HydrationDocuments::add(Drink drink) {
     return drink;
 }
 
-DefaultsResult HydrationDocuments::remove(const Drink& drink) {
-    return defaults_.update([&] {
-        for (const Month month : {monthOf(drink.date), monthOf(drink.date) - std::chrono::months(1)}) {
+std::optional<Drink> HydrationDocuments::last(Date now) const {
+    std::optional<Drink> found;
+    for (const Month month : monthsUpTo(now)) {
+        const auto drinks = storedDrinks(month);
+        if (!drinks || drinks->empty()) continue;
+        if (!found || found->date < drinks->back().date) found = drinks->back();
+    }
+    return found;
+}
+
+bool HydrationDocuments::contains(const Drink& drink) const {
+    const auto found = drinks({drink.date, drink.date + std::chrono::milliseconds(1)});
+    return std::ranges::find(found, drink.id, &Drink::id) != found.end();
+}
+
+std::expected<bool, DefaultsError> HydrationDocuments::remove(const Drink& drink) {
+    bool wasThere = false;
+    const auto changed = defaults_.update([&] {
+        wasThere = false;
+        for (const Month month : months({drink.date, drink.date})) {
             auto drinks = storedDrinks(month);
             if (!drinks || std::erase_if(*drinks, [&](const Drink& other) { return other.id == drink.id; }) == 0) {
                 continue;
             }
-            return replacing(keyOf(month), *drinks, true);
-        }
-        return std::vector<DefaultsChange>();
-    });
-}
-
-std::expected<std::optional<Drink>, DefaultsError> HydrationDocuments::takeLast(Date now) {
-    const std::array months{monthOf(now), monthOf(now) - std::chrono::months(1)};
-    const auto isEmpty = [&](Month month) { return storedDrinks(month).value_or(std::vector<Drink>()).empty(); };
-    if (std::ranges::all_of(months, isEmpty)) return std::nullopt;
-    std::optional<Drink> taken;
-    const auto changed = defaults_.update([&] {
-        taken.reset();
-        for (const Month month : months) {
-            auto drinks = storedDrinks(month);
-            if (!drinks || drinks->empty()) continue;
-            const auto last = std::ranges::max_element(*drinks, {}, &Drink::date);
-            taken = *last;
-            drinks->erase(last);
+            wasThere = true;
             return replacing(keyOf(month), *drinks, true);
         }
         return std::vector<DefaultsChange>();
     });
     if (!changed) return std::unexpected(changed.error());
-    return taken;
+    return wasThere;
+}
+
+std::vector<std::string> HydrationDocuments::unreadableKeys(Date now) const {
+    const UserDefaults& store = defaults_.standard();
+    std::vector<std::string> keys;
+    if (store.value(settingsKey) && !storedSettings()) keys.emplace_back(settingsKey);
+    for (const Month month : monthsUpTo(now)) {
+        if (store.value(keyOf(month)) && !storedDrinks(month)) keys.push_back(keyOf(month));
+    }
+    return keys;
 }
 
 }  // namespace pedvar

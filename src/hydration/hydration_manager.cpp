@@ -1,6 +1,7 @@
 #include "hydration/hydration_manager.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace pedvar {
@@ -14,10 +15,11 @@ HKQuantitySample sampleOf(const Drink& drink) {
             drink.date};
 }
 
-double waterOutsideHealth(const std::vector<Drink>& drinks) {
+/// Of those of the drinks that are `within`.
+double waterOutsideHealth(const std::vector<Drink>& drinks, const Interval& within) {
     double sum = 0;
     for (const Drink& drink : drinks) {
-        if (!drink.isInHealth) sum += drink.waterMilliliters;
+        if (!drink.isInHealth && within.contains(drink.date)) sum += drink.waterMilliliters;
     }
     return sum;
 }
@@ -26,7 +28,7 @@ double waterOutsideHealth(const std::vector<Drink>& drinks) {
 
 HydrationManager::HydrationManager(MainExecutor& executor, const Clock& clock, HKHealthStore& healthStore,
                                    ActivityReads& reads, DefaultsDomains& defaults, const SettingsStore& settings,
-                                   RandomSource& random, HydrationAppGroup& group)
+                                   RandomSource& random, HydrationAppGroup& group, std::optional<Date> horizon)
     : executor_(executor),
       clock_(clock),
       healthStore_(healthStore),
@@ -34,6 +36,7 @@ HydrationManager::HydrationManager(MainExecutor& executor, const Clock& clock, H
       settings_(settings),
       random_(random),
       group_(group),
+      horizon_(horizon),
       documents_(defaults, settings) {}
 
 Task<DefaultsResult> HydrationManager::changeSettings(std::function<bool(HydrationSettings&)> edit) {
@@ -48,8 +51,8 @@ Task<> HydrationManager::read() {
     const Interval today = calendar.interval(calendar.day(clock_.now()));
     const double inHealth = co_await reads_.fetchWater(today.start, today.end, QueryPriority::normal);
     const double goal = co_await fetchGoal(settings());
-    auto drunk = documents_.drinks(today);
-    todayMilliliters = std::max(inHealth + waterOutsideHealth(drunk), 0.0);
+    auto drunk = co_await fetchDrinks(today);
+    todayMilliliters = std::max(inHealth + waterOutsideHealth(drunk, today), 0.0);
     goalMilliliters = goal;
     todayDrinks = std::move(drunk);
 }
@@ -76,9 +79,7 @@ Task<std::expected<Drink, HydrationError>> HydrationManager::drink(double millil
     const auto added = documents_.add(wished);
     if (!added) co_return std::unexpected(added.error());
     if (added->isInHealth) {
-        Completion<HKResult<void>> answer(executor_);
-        healthStore_.save({sampleOf(*added)}, answer.resolver());
-        const auto saved = co_await answer;
+        const auto saved = co_await save(*added);
         if (!saved) {
             const auto removed = documents_.remove(*added);
             if (!removed) co_return std::unexpected(removed.error());
@@ -90,34 +91,58 @@ Task<std::expected<Drink, HydrationError>> HydrationManager::drink(double millil
     co_return *added;
 }
 
-// The drink is taken out of the ledger first, so that nobody else takes the same one back.
+Task<HKResult<void>> HydrationManager::save(Drink drink) {
+    Completion<HKResult<void>> answer(executor_);
+    healthStore_.save({sampleOf(drink)}, answer.resolver());
+    auto saved = co_await answer;
+    const bool isUndoneMeanwhile = saved && !documents_.contains(drink);  // by another process
+    if (isUndoneMeanwhile) co_return co_await deleteSample(drink);
+    co_return saved;
+}
+
+Task<HKResult<void>> HydrationManager::deleteSample(Drink drink) {
+    Completion<HKResult<void>> answer(executor_);
+    healthStore_.deleteSamples({sampleOf(drink)}, answer.resolver());
+    co_return co_await answer;
+}
+
+// The ledger is changed last: until then the drink counts, and whoever takes it out has undone it.
 Task<std::expected<Drink, HydrationError>> HydrationManager::undo() {
-    const auto taken = documents_.takeLast(clock_.now());
-    if (!taken) co_return std::unexpected(taken.error());
-    if (!*taken) co_return std::unexpected(DrinkRefusal::nothingToUndo);
-    const Drink drink = **taken;
-    if (drink.isInHealth) {
-        Completion<HKResult<void>> answer(executor_);
-        healthStore_.deleteSamples({sampleOf(drink)}, answer.resolver());
-        const auto deleted = co_await answer;
-        if (!deleted) {
-            const auto restored = documents_.add(drink);
-            if (!restored) co_return std::unexpected(restored.error());
-            co_return std::unexpected(deleted.error());
+    while (const auto last = documents_.last(clock_.now())) {
+        if (last->isInHealth) {
+            const auto deleted = co_await deleteSample(*last);
+            if (!deleted) co_return std::unexpected(deleted.error());
         }
+        const auto removed = documents_.remove(*last);
+        if (!removed) co_return std::unexpected(removed.error());
+        if (!*removed) continue;
+        co_await refresh();
+        co_return *last;
     }
-    co_await refresh();
-    co_return drink;
+    co_return std::unexpected(DrinkRefusal::nothingToUndo);
+}
+
+Task<std::vector<Drink>> HydrationManager::fetchDrinks(Interval within) {
+    if (horizon_) within.end = std::max(within.start, std::min(within.end, *horizon_));
+    auto found = documents_.drinks(within);
+    const auto own = co_await reads_.fetchOwnWater(within, QueryPriority::normal);
+    if (!own) co_return found;
+    std::set<std::int64_t> moments;
+    for (const Date moment : *own) moments.insert(millisecondOf(moment));
+    for (Drink& drink : found) drink.isInHealth = moments.contains(millisecondOf(drink.date));
+    co_return found;
 }
 
 Task<std::optional<std::vector<double>>> HydrationManager::fetchDays(Day first, Day last) {
     const Calendar calendar = settings_.calendar();
     const auto totals = co_await reads_.fetchDailyWater(first, last, calendar, QueryPriority::normal);
     if (!totals) co_return std::nullopt;
+    const Interval all{calendar.start(first), calendar.interval(last).end};
+    const auto drunk = co_await fetchDrinks(all);
     std::vector<double> days;
     for (const auto& total : *totals) {
         const Day day = first + std::chrono::days(days.size());
-        days.push_back(total.value_or(0) + waterOutsideHealth(documents_.drinks(calendar.interval(day))));
+        days.push_back(total.value_or(0) + waterOutsideHealth(drunk, calendar.interval(day)));
     }
     co_return days;
 }

@@ -12,6 +12,7 @@
 
 #include <expected>
 #include <optional>
+#include <string>
 #include <variant>
 #include <vector>
 
@@ -26,12 +27,14 @@ using HydrationError = std::variant<DrinkRefusal, DefaultsError, HKError>;
 
 /// Keeps today's water and the goal. A drink goes into a ledger of our own, and its water into the health store
 /// too where the person allows it; the total is what the health store has from all sources, and the drinks that
-/// only the ledger has. Lives on the main executor.
+/// only the ledger has. So a drink counts as long as the ledger has it, also when the program ends before the
+/// health store has followed. Lives on the main executor.
 class HydrationManager {
 public:
+    /// What lies behind `horizon` is not looked at.
     HydrationManager(MainExecutor& executor, const Clock& clock, HKHealthStore& healthStore, ActivityReads& reads,
                      DefaultsDomains& defaults, const SettingsStore& settings, RandomSource& random,
-                     HydrationAppGroup& group);
+                     HydrationAppGroup& group, std::optional<Date> horizon = std::nullopt);
 
     Published<double> todayMilliliters;  // of water
     Published<double> goalMilliliters;
@@ -52,12 +55,17 @@ public:
     Task<std::expected<Drink, HydrationError>> undo();
 
     /// Our own drinks, oldest first.
-    std::vector<Drink> drinks(const Interval& within) const { return documents_.drinks(within); }
+    Task<std::vector<Drink>> fetchDrinks(Interval within);
     /// The water of each day from `first` to `last`, in millilitres; none when it cannot be read.
     Task<std::optional<std::vector<double>>> fetchDays(Day first, Day last);
 
+    /// The keys of the documents of late that count as absent because they do not decode.
+    std::vector<std::string> unreadableKeys() const { return documents_.unreadableKeys(clock_.now()); }
+
 private:
     Task<double> fetchGoal(HydrationSettings settings);
+    Task<HKResult<void>> save(Drink drink);
+    Task<HKResult<void>> deleteSample(Drink drink);
 
     MainExecutor& executor_;
     const Clock& clock_;
@@ -66,6 +74,7 @@ private:
     const SettingsStore& settings_;
     RandomSource& random_;
     HydrationAppGroup& group_;
+    std::optional<Date> horizon_;
     HydrationDocuments documents_;
 };
 

@@ -121,18 +121,42 @@ TEST_CASE_FIXTURE(Badges,
     CHECK(defaults.document("awardsSnapshot").contains("\"walker5K\""));
 }
 
+TEST_CASE_FIXTURE(Badges, "in another zone a badge keeps its day unless it is the same day there") {
+    steps(1000, dayOf(2023, 7, 9), 12);
+    steps(5000, today, 9);
+    evaluate();
+    store.samples.clear();
+    store.derived.clear();
+    steps(5000, today, 9);
+    const std::string before = defaults.document("awardsSnapshot");
+    defaults.setDocument("awardsSnapshot", "{\"zone\":\"Elsewhere\"" + before.substr(before.find(',')));
+    AchievementsStore there(time, time, store, manager.reads(), settings, defaults, log);
+    time.run(there.evaluate());
+    CHECK(isoText(settings.calendar().day(there.achievements->at(0).unlockedDate.value())) == "2023-07-09");
+    CHECK(there.achievements->at(1).unlockedDate == of(Key::stepUp).unlockedDate);
+}
+
 TEST_CASE_FIXTURE(Badges, "what cannot be read changes nothing, and what does not decode is kept aside") {
     steps(1000, today, 9);
-    defaults.setDocument("awardsSnapshot", "{\"zone\":\"here\"");
-    evaluate();
-    CHECK(state(Key::firstSteps) == "2024-05-03");
-    CHECK(announced.empty());
-    CHECK(defaults.document("awardsSnapshot.unreadable") == "{\"zone\":\"here\"");
+    Achievement absurd = catalogue().at(1);
+    absurd.isUnlocked = true;
+    absurd.unlockedDate = Date(Seconds(-1e300));
+    for (const std::string& damaged :
+         {std::string("{\"zone\":\"here\""), encodeJson(AchievementsSnapshot{"here", {absurd}}).value()}) {
+        defaults.standardDomain.values.erase("awardsSnapshot.unreadable");
+        defaults.setDocument("awardsSnapshot", damaged);
+        evaluate();
+        CHECK(state(Key::firstSteps) == "2024-05-03");
+        CHECK(announced.empty());
+        CHECK(defaults.document("awardsSnapshot.unreadable") == damaged);
+    }
     breakStore();
     const std::string before = defaults.document("awardsSnapshot");
     evaluate();
     CHECK(state(Key::firstSteps) == "2024-05-03");
     CHECK(defaults.document("awardsSnapshot") == before);
+    const AchievementsStore again(time, time, store, manager.reads(), settings, defaults, log);
+    CHECK(again.achievements->at(1).progress == 1000);
 }
 
 }  // namespace

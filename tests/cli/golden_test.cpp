@@ -69,6 +69,12 @@ TEST_CASE_FIXTURE(Golden, "weight and height show how they changed") {
     check("height", {"--data", "data", "--now", sampleNow, "height"});
 }
 
+TEST_CASE_FIXTURE(Golden, "water shows what was drunk so far, and where the rest came from") {
+    addDrinks(folder / "data");
+    check("water_drinks", {"--data", "data", "--now", sampleNow, "water"});
+    check("water_history", {"--data", "data", "--now", sampleNow, "water", "--history"});
+}
+
 TEST_CASE_FIXTURE(Golden, "in colours, today's curve, the own tier and the shades stand out") {
     writeSampleStore(folder / "data");
     REQUIRE(runPedvar(folder.path(), {"--data", "data", "settings", "colorOutput", "always"}).exitCode == 0);

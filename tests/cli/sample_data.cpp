@@ -2,8 +2,10 @@
 
 #include "core/calendar.h"
 #include "core/check.h"
+#include "hydration/hydration_documents.h"
 #include "linux/health/health_database.h"
 #include "linux/health/sample_writer.h"
+#include "linux/system/sqlite_defaults.h"
 #include "platform/health_store.h"
 #include "routes/gpx_writer.h"
 
@@ -103,6 +105,30 @@ void addBodySamples(const std::filesystem::path& folder) {
     store.add(phone, HKQuantityTypeIdentifierHeight, "m", Day{2024y / 4 / 1}, 7, 1.715);
     store.add(phone, HKQuantityTypeIdentifierHeight, "m", Day{2024y / 4 / 9}, 7, 1.72);
     store.finish();
+}
+
+void addDrinks(const std::filesystem::path& folder) {
+    const Day today{2024y / 5 / 1};
+    SampleStore store(folder);
+    store.add(phone, HKQuantityTypeIdentifierDietaryWater, "mL", today, 7, 150);
+    store.finish();
+    std::vector<Drink> drinks;
+    const auto drink = [&](int hour, double milliliters, DrinkType type) {
+        UUID::Bytes number{};
+        number[0] = static_cast<std::uint8_t>(drinks.size());
+        drinks.push_back({UUID::random(number), dateOfMilliseconds(hourOf(today, hour)), milliliters, type,
+                          milliliters * waterShare(type), false});
+    };
+    drink(8, 300, DrinkType::water);
+    drink(14, 200, DrinkType::coffee);
+    drink(20, 500, DrinkType::juice);
+    SqliteDefaults defaults(folder, SqliteDefaults::Access::readWrite);
+    const bool isWritten =
+        defaults
+            .write({{&defaults.standard(), "hydrationDrinks.2024-05", Data{encodeJson(drinks).value()}},
+                    {defaults.shared(), "hydrationLastAmountMilliliters", 500.0}})
+            .has_value();
+    check(isWritten, "the drinks cannot be written");
 }
 
 std::string sampleExport() {

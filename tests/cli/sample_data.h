@@ -20,6 +20,10 @@ std::string sampleTrack();
 /// Adds a weight every third day of April and two heights to the store in `folder`.
 void addBodySamples(const std::filesystem::path& folder);
 
+/// Adds three drinks to the store in `folder`, one of them behind the moment of looking, and water of another
+/// source.
+void addDrinks(const std::filesystem::path& folder);
+
 /// A health export of one day with a record that has no number.
 std::string sampleExport();
 

@@ -68,6 +68,50 @@ TEST_CASE_FIXTURE(Drinking, "drinks of one moment stay two, and the last is the 
     CHECK(store.samples.size() == 1);
 }
 
+TEST_CASE_FIXTURE(Drinking, "a drink counts as long as it is listed, also when the health store did not follow") {
+    drink(250);
+    drink(300);
+    store.samples.clear();  // the program ended before it wrote them, or between the two steps of an undo
+    time.run(water.refresh());
+    CHECK(water.todayMilliliters == 550);
+    CHECK(!water.todayDrinks->at(0).isInHealth);
+    CHECK(time.run(water.fetchDays(today, today)).value()[0] == 550);
+    CHECK(time.run(water.undo())->milliliters == 300);
+    CHECK(water.todayMilliliters == 250);
+}
+
+TEST_CASE_FIXTURE(Drinking,
+                  "a drink that another process takes back before it is in the health store leaves nothing") {
+    struct SlowStore : FakeHealthStore {
+        SlowStore(const ZoneRules& zone, FakeDefaults& undone) : FakeHealthStore(zone), defaults(undone) {}
+        void save(std::vector<HKQuantitySample> saved, HKHandler<void> completion) override {
+            defaults.setDocument("hydrationDrinks.2024-05", "[]");
+            FakeHealthStore::save(std::move(saved), std::move(completion));
+        }
+        FakeDefaults& defaults;
+    };
+    SlowStore slow(zone, defaults);
+    HydrationManager racing{time, time, slow, manager.reads(), defaults, settings, random, group};
+    REQUIRE(time.run(racing.drink(250, DrinkType::water)));
+    CHECK(slow.samples.empty());
+}
+
+TEST_CASE_FIXTURE(Drinking,
+                  "undo finds what was drunk where the next month had begun, and a look back sees less") {
+    drink(250);
+    time.advance(28 * 24h);
+    const Drink east{random.uuid(), time.now() - 1h, 300, DrinkType::tea, 297, false};
+    defaults.setDocument("hydrationDrinks.2024-06", encodeJson(std::vector{east}).value());
+    time.run(water.read());
+    CHECK(water.todayMilliliters == 297);
+    HydrationManager earlier{time,     time,   store, manager.reads(), defaults,
+                             settings, random, group, time.now() - 2h};
+    time.run(earlier.read());
+    CHECK(earlier.todayMilliliters == 0);
+    CHECK(time.run(water.undo())->drinkType == DrinkType::tea);
+    CHECK(defaults.document("hydrationDrinks.2024-06") == "[]");
+}
+
 TEST_CASE_FIXTURE(Drinking, "an impossible amount, or a store that refuses, leaves everything as it was") {
     drink(300);
     const std::string before = ledger();
@@ -112,10 +156,20 @@ TEST_CASE_FIXTURE(Drinking, "documents that do not decode count as absent and ar
         CHECK(defaults.document("hydrationSettings.unreadable") == damaged);
         CHECK(!water.settings().savesToHealth);
     }
-    defaults.setDocument("hydrationDrinks.2024-05", "[{}]");
-    drink(250);
-    CHECK(water.todayDrinks->size() == 1);
-    CHECK(defaults.document("hydrationDrinks.2024-05.unreadable") == "[{}]");
+    const Drink sound{random.uuid(), time.now(), 250, DrinkType::water, 250, false};
+    Drink distant = sound, negative = sound;
+    distant.date = Date(Seconds(1e300));
+    negative.waterMilliliters = -1;
+    for (const std::string& damaged : {std::string("[{}]"), encodeJson(std::vector{distant, distant}).value(),
+                                       encodeJson(std::vector{negative}).value()}) {
+        defaults.standardDomain.values.clear();
+        defaults.setDocument("hydrationDrinks.2024-05", damaged);
+        CHECK(water.unreadableKeys() == std::vector<std::string>{"hydrationDrinks.2024-05"});
+        drink(250);
+        CHECK(water.todayDrinks->size() == 1);
+        CHECK(water.unreadableKeys().empty());
+        CHECK(defaults.document("hydrationDrinks.2024-05.unreadable") == damaged);
+    }
 }
 
 TEST_CASE_FIXTURE(Drinking, "the volume unit is that of the preferences") {

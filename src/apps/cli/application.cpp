@@ -130,10 +130,13 @@ SessionHistory& Application::sessions() {
     return *sessions_;
 }
 
+std::optional<Date> Application::horizon() const {
+    return options_.now ? std::optional(clock_->now()) : std::nullopt;
+}
+
 CommandResult<Health*> Application::health() {
     if (!health_) {
-        const std::optional<Date> horizon = options_.now ? std::optional(clock_->now()) : std::nullopt;
-        const HealthSurroundings surroundings{loop_, *clock_, *zone_.rules, settings_, log_, horizon};
+        const HealthSurroundings surroundings{loop_, *clock_, *zone_.rules, settings_, log_, horizon()};
         auto opened = std::make_unique<Health>(surroundings, folder_ / "health.sqlite");
         if (const auto sound = opened->database.verify(); !sound) return std::unexpected(errorOf(sound.error()));
         health_ = std::move(opened);
@@ -181,8 +184,8 @@ CommandResult<Water*> Application::water() {
     if (!opened) return std::unexpected(opened.error());
     if (!water_) {
         Health& health = **opened;
-        water_ = std::make_unique<Water>(
-            WaterSurroundings{loop_, *clock_, health.store, health.manager.reads(), defaults_, settings_, log_});
+        water_ = std::make_unique<Water>(WaterSurroundings{loop_, *clock_, health.store, health.manager.reads(),
+                                                           defaults_, settings_, log_, horizon()});
     }
     return water_.get();
 }

@@ -100,6 +100,8 @@ private:
     Application(const GlobalOptions& options, std::filesystem::path folder, ProcessZone zone,
                 std::unique_ptr<const Clock> clock, Access access);
 
+    /// Where looking from another moment ends.
+    std::optional<Date> horizon() const;
     CommandResult<void> forgetChangedDays();
     std::optional<LinuxSettings> storedLinuxSettings() const;
 

@@ -5,6 +5,8 @@
 #include "linux/system/absent_services.h"
 #include "linux/system/system_random.h"
 
+#include <optional>
+
 namespace pedvar {
 
 /// What the manager of drinks is built from.
@@ -16,6 +18,7 @@ struct WaterSurroundings {
     DefaultsDomains& defaults;
     const SettingsStore& settings;
     PlatformLog& log;
+    std::optional<Date> horizon;  // what lies behind it is not looked at
 };
 
 /// The objects from the widget's values up to the manager, in the order in which they need each other.
@@ -24,7 +27,7 @@ public:
     explicit Water(const WaterSurroundings& with)
         : group(with.defaults, with.clock, widgets_, with.log),
           manager(with.executor, with.clock, with.healthStore, with.reads, with.defaults, with.settings, random_,
-                  group) {}
+                  group, with.horizon) {}
 
 private:
     NoWidgets widgets_;

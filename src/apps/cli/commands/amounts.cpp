@@ -20,7 +20,8 @@ std::optional<HKUnit> volumeUnitNamed(std::string_view name) {
 CommandResult<double> amountNamed(std::string_view amount, const std::optional<std::string>& unit,
                                   VolumeUnit usual, const Texts& text) {
     const std::size_t digits = std::min(amount.find_first_not_of("0123456789."), amount.size());
-    const std::string_view written = unit ? std::string_view(*unit) : amount.substr(digits);
+    std::string_view written = unit ? std::string_view(*unit) : amount.substr(digits);
+    if (digits > 0 && written.starts_with(' ')) written.remove_prefix(1);
     const auto number = numberNamed(unit ? amount : amount.substr(0, digits));
     const auto measure = volumeUnitNamed(!written.empty()                   ? written
                                          : usual == VolumeUnit::fluidOunces ? "floz"
@@ -47,6 +48,13 @@ CommandResult<const HydrationContainer*> containerNamed(const HydrationSettings&
                                                         const Texts& text) {
     if (const HydrationContainer* found = containerLabelled(settings, name)) return found;
     return usageError(text("There is no container \"{}\"; `pedvar containers` lists them.", harmless(name)));
+}
+
+std::optional<CommandError> damageOf(const std::vector<std::string>& keys, const Texts& text) {
+    if (keys.empty()) return std::nullopt;
+    return CommandError{ErrorKind::damaged,
+                        text("What was stored under {} cannot be read; it counts as absent and is kept.",
+                             fmt::format("{}", fmt::join(keys, ", ")))};
 }
 
 }  // namespace pedvar

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pedvar {
 
@@ -19,5 +20,8 @@ CommandResult<DrinkType> drinkNamed(std::string_view name, const Texts& text);
 
 CommandResult<const HydrationContainer*> containerNamed(const HydrationSettings& settings, std::string_view name,
                                                         const Texts& text);
+
+/// That documents under these keys do not decode; nothing without keys.
+std::optional<CommandError> damageOf(const std::vector<std::string>& keys, const Texts& text);
 
 }  // namespace pedvar

@@ -5,6 +5,7 @@
 #include "apps/cli/water.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace pedvar {
 namespace {
@@ -125,14 +126,17 @@ CommandResult<Report> run(const ContainersRequest& request, Application& applica
     }
     const auto water = application.water();
     if (!water) return std::unexpected(water.error());
+    auto damage = damageOf((*water)->manager.unreadableKeys(), application.text());
+    std::string said;
     if (request.name) {
         if (const auto edited = edit(request, **water, application); !edited) {
             return std::unexpected(edited.error());
         }
+        if (damage) said = std::exchange(damage, std::nullopt)->message + "\n\n";  // what was asked for is done
     }
     const HydrationSettings settings = (*water)->manager.settings();
-    if (application.wantsJson()) return Report{document(settings)};
-    return Report{view(settings, application)};
+    if (application.wantsJson()) return Report{document(settings), std::move(damage)};
+    return Report{said + view(settings, application), std::move(damage)};
 }
 
 }  // namespace pedvar

@@ -1,7 +1,9 @@
 #include "apps/cli/application.h"
+#include "apps/cli/commands/amounts.h"
 #include "apps/cli/commands/command.h"
 #include "apps/cli/commands/day_views.h"
 #include "apps/cli/health.h"
+#include "hydration/hydration_documents.h"
 #include "linux/health/health_administration.h"
 #include "linux/system/sqlite_document_parts.h"
 #include "recording/session_history.h"
@@ -44,6 +46,10 @@ Findings examine(Application& application) {
     if (const auto count = SessionHistory(parts).unreadableCount(); count > 0) {
         findings.problems.push_back(application.text()(
             "{} of the activities cannot be read. They are left out, and set aside with the next change.", count));
+    }
+    const HydrationDocuments drinks(application.defaults(), application.settings());
+    if (auto damage = damageOf(drinks.unreadableKeys(application.clock().now()), application.text())) {
+        findings.problems.push_back(std::move(damage->message));
     }
     const std::string folder = application.folder().string();
     if (std::filesystem::exists(folder) && ::access(folder.c_str(), W_OK | X_OK) != 0) {

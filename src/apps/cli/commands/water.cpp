@@ -7,6 +7,7 @@
 #include "apps/cli/moment.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace pedvar {
 namespace {
@@ -97,10 +98,12 @@ CommandResult<Shown> look(const WaterRequest& request, Water& water, Application
                 .calendar = application.settings().calendar()};
     if (!request.history) return shown;
     const auto days = application.loop().run(water.manager.fetchDays(shown.firstDay, today));
-    if (!days) return std::unexpected(CommandError{ErrorKind::failed, "The drinks cannot be read."});
+    if (!days) {
+        return std::unexpected(CommandError{ErrorKind::failed, application.text()("The drinks cannot be read.")});
+    }
     shown.days = *days;
-    shown.drinks =
-        water.manager.drinks({shown.calendar.start(shown.firstDay), shown.calendar.interval(today).end});
+    shown.drinks = application.loop().run(
+        water.manager.fetchDrinks({shown.calendar.start(shown.firstDay), shown.calendar.interval(today).end}));
     return shown;
 }
 
@@ -182,19 +185,21 @@ CommandResult<Report> run(const WaterRequest& request, Application& application)
     }
     const auto water = application.water();
     if (!water) return std::unexpected(water.error());
+    auto damage = damageOf(water.value()->manager.unreadableKeys(), application.text());
     std::string said;
     if (request.undo || isDrink(request)) {
         const auto acted = act(request, **water, application);
         if (!acted) return std::unexpected(acted.error());
         said = *acted;
+        if (damage) said += std::exchange(damage, std::nullopt)->message + "\n\n";  // what was asked for is done
     }
     const auto shown = look(request, **water, application);
     if (!shown) return std::unexpected(shown.error());
-    if (application.wantsJson()) return Report{document(*shown)};
+    if (application.wantsJson()) return Report{document(*shown), std::move(damage)};
     const Screen screen = application.screen();
     said += todayView(*shown, screen);
-    return Report{said +
-                  (request.history ? historyLines(*shown, screen) : drinkLines(*shown, application, screen))};
+    said += request.history ? historyLines(*shown, screen) : drinkLines(*shown, application, screen);
+    return Report{std::move(said), std::move(damage)};
 }
 
 }  // namespace pedvar
