@@ -86,6 +86,7 @@ TEST_CASE_FIXTURE(Golden, "in colours, today's curve, the own tier and the shade
 
 TEST_CASE_FIXTURE(Golden, "an empty store says how to begin, and an import what it did") {
     check("help", {"--help"});
+    check("record_help", {"record", "--help"});
     check("today_empty", {"--data", "data", "--now", sampleNow, "today"});
     check("sources_empty", {"--data", "data", "sources"});
     const Outcome screen = runPedvar(folder.path(), {"import", "export.xml", "--data", "data"});
