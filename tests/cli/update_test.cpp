@@ -64,7 +64,7 @@ TEST_CASE_FIXTURE(Updating, "servers that answer badly fail the check and change
     CHECK(nobody.exitCode == 1);
     CHECK(nobody.output.find(R"("kind":"checkFailed")") != std::string::npos);
     CHECK(run({"settings", "updateAddress", "ftp://example.org/"}).exitCode == 2);
-    CHECK(run({"settings", "updateAddress", "none"}).output == "updateAddress  none\n");
+    CHECK(run({"settings", "updateAddress", "none"}).output.ends_with(" none\n"));
     CHECK(run({"update", "--open"}).errors ==
           "pedvar: There is no page to open; `pedvar settings updatePage ADDRESS` names one.\n");
     CHECK(run({"update", "--check", "--open"}).exitCode == 2);
