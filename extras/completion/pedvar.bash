@@ -1,7 +1,7 @@
 # bash completion for pedvar
 _pedvar() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor"
+    local commands="import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor widget backup restore export-days"
     local command="" key="" i
     COMPREPLY=()
     case $previous in
@@ -9,6 +9,7 @@ _pedvar() {
     --now | --hide-home | --steps | --age) return ;;
     --date) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current"); return ;;
     --as | --type) mapfile -t COMPREPLY < <(compgen -W "walk run hike cycle" -- "$current"); return ;;
+    --format) mapfile -t COMPREPLY < <(compgen -W "plain waybar i3blocks json" -- "$current"); return ;;
     -o | --output) compopt -o default; return ;;
     --category) mapfile -t COMPREPLY < <(compgen -W "steps distance streaks special" -- "$current"); return ;;
     --drink)
@@ -18,7 +19,7 @@ _pedvar() {
     esac
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --data | --now | --as | --type | -o | --output | --hide-home | --steps | --age | --date | --category | --drink) ((i++)) ;;
+        --data | --now | --as | --type | -o | --output | --hide-home | --steps | --age | --date | --category | --drink | --format) ((i++)) ;;
         -*) ;;
         *) if [[ -z $command ]]; then command=${COMP_WORDS[i]}; elif [[ -z $key ]]; then key=${COMP_WORDS[i]}; fi ;;
         esac
@@ -27,7 +28,9 @@ _pedvar() {
         local options="--data --now --json --help"
         case $command in
         "") options+=" --version" ;;
-        import) options+=" --as" ;;
+        import) options+=" --as --undo" ;;
+        widget) options+=" --format --follow" ;;
+        backup | export-days) options+=" --force" ;;
         activity) options+=" --type --delete --yes" ;;
         route) options+=" --points" ;;
         export) options+=" --output --force --hide-home" ;;
@@ -44,7 +47,7 @@ _pedvar() {
     fi
     case $command in
     "") mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current") ;;
-    import | route) compopt -o default ;;
+    import | route | backup | restore | export-days) compopt -o default ;;
     activity | export) [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "last" -- "$current") ;;
     day | week) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current") ;;
     compare | calendar)

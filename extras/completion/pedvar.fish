@@ -1,5 +1,5 @@
 # fish completion for pedvar
-set -l commands import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor
+set -l commands import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor widget backup restore export-days
 
 complete -c pedvar -f
 complete -c pedvar -l data -r -a '(__fish_complete_directories)' -d 'Folder of the data'
@@ -36,9 +36,17 @@ __pedvar_command profile 'Show or change what Pedvar knows of you'
 __pedvar_command settings 'Show or change the settings'
 __pedvar_command sources 'Who counted the steps'
 __pedvar_command doctor 'Check what is stored'
+__pedvar_command widget 'Today as one line for a status bar'
+__pedvar_command backup 'Keep all data in one file'
+__pedvar_command restore 'Put the data of a backup in the place of yours'
+__pedvar_command export-days 'Write all days as a table'
 functions -e __pedvar_command
 
-complete -c pedvar -n '__fish_seen_subcommand_from import route' -F
+complete -c pedvar -n '__fish_seen_subcommand_from import route backup restore export-days' -F
+complete -c pedvar -n '__fish_seen_subcommand_from import' -l undo -d 'Take the last import back'
+complete -c pedvar -n '__fish_seen_subcommand_from backup export-days' -l force -d 'Replace the file'
+complete -c pedvar -n '__fish_seen_subcommand_from widget' -l format -x -a 'plain waybar i3blocks json' -d 'For this bar'
+complete -c pedvar -n '__fish_seen_subcommand_from widget' -l follow -d 'A new line when something has changed'
 complete -c pedvar -n '__fish_seen_subcommand_from import' -l as -x -a 'walk run hike cycle' -d 'What a GPX file was'
 complete -c pedvar -n '__fish_seen_subcommand_from activity export' -a last
 complete -c pedvar -n '__fish_seen_subcommand_from activity' -l type -x -a 'walk run hike cycle' -d 'Make it another'

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "hydration/hydration_manager.h"
-#include "linux/system/absent_services.h"
 #include "linux/system/system_random.h"
 
 namespace pedvar {
@@ -16,18 +15,18 @@ struct WaterSurroundings {
     DefaultsDomains& defaults;
     const SettingsStore& settings;
     PlatformLog& log;
+    WidgetCenter& widgets;
 };
 
 /// The objects from the widget's values up to the manager, in the order in which they need each other.
 class Water {
 public:
     explicit Water(const WaterSurroundings& with)
-        : group(with.defaults, with.clock, widgets_, with.log),
+        : group(with.defaults, with.clock, with.widgets, with.log),
           manager(with.executor, with.clock, with.healthStore, with.reads, with.defaults, with.settings, random_,
                   group) {}
 
 private:
-    NoWidgets widgets_;
     SystemRandom random_;
 
 public:

@@ -5,6 +5,7 @@ set(PEDVAR_SYSTEM_SOURCES
     system/glibc_locale.cpp
     system/nlohmann_json_parser.cpp
     system/posix_zone.cpp
+    system/private_folder.cpp
     system/process_zone.cpp
     system/sqlite_defaults.cpp
     system/sqlite_defaults_file.cpp
@@ -12,4 +13,5 @@ set(PEDVAR_SYSTEM_SOURCES
     system/sqlite_document_parts.cpp
     system/sqlite_parts_format.cpp
     system/system_log.cpp
-    system/system_random.cpp)
+    system/system_random.cpp
+    system/widget_reloads.cpp)

@@ -26,6 +26,9 @@ public:
                    std::chrono::milliseconds patience = std::chrono::seconds(5));
     ~SqliteDefaults() override;
 
+    /// The file of the shared suite.
+    static std::filesystem::path sharedPath(const std::filesystem::path& folder);
+
     const UserDefaults& standard() const override { return standard_; }
     const UserDefaults* shared() const override;
 
