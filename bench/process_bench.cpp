@@ -2,39 +2,13 @@
 ///
 /// process_bench PEDVAR FOLDER: FOLDER holds a data folder for each span of years, `short` and `long`.
 #include "bench.h"
-
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "process.h"
 
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 using namespace pedvar::bench;
-
-namespace {
-
-/// Runs a program to its end with its output thrown away; ends the benchmark when it fails.
-void runProcess(std::vector<std::string> words) {
-    std::vector<char*> arguments;
-    for (auto& word : words) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t child = 0;
-    int status = 0;
-    const bool started = posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) == 0;
-    posix_spawn_file_actions_destroy(&actions);
-    if (!started || waitpid(child, &status, 0) < 0 || status != 0) {
-        std::fprintf(stderr, "process_bench: %s failed\n", words[0].c_str());
-        std::exit(1);
-    }
-}
-
-}  // namespace
 
 int main(int count, char** words) {
     if (count != 3) {

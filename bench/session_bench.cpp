@@ -6,10 +6,9 @@
 #include "bench.h"
 #include "linux/system/sqlite_document_parts.h"
 #include "linux/system/system_random.h"
+#include "process.h"
 #include "recording/checkpoint_store.h"
 
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -149,12 +148,7 @@ void addHours(Person& person, int count) {
 
 /// Runs this program to its end as one that loads the history in `data`.
 void start(const std::filesystem::path& data) {
-    std::string program = "/proc/self/exe", option = "--start", folder = data.string();
-    char* words[] = {program.data(), option.data(), folder.data(), nullptr};
-    pid_t child = 0;
-    int status = 0;
-    const bool isStarted = posix_spawn(&child, words[0], nullptr, nullptr, words, environ) == 0;
-    if (!isStarted || waitpid(child, &status, 0) < 0 || status != 0) fail("it cannot start itself");
+    runProcess({"/proc/self/exe", "--start", data.string()});
 }
 
 void benchHistory(const std::filesystem::path& folder) {

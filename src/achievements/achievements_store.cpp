@@ -1,6 +1,7 @@
 #include "achievements/achievements_store.h"
 
 #include "achievements/achievement_catalogue.h"
+#include "core/record_reader.h"
 #include "health/health_diagnostics.h"
 #include "health/streak_memory.h"
 
@@ -64,7 +65,7 @@ AchievementsStore::AchievementsStore(MainExecutor& executor, const Clock& clock,
 
 std::optional<AchievementsSnapshot> AchievementsStore::stored() const {
     const auto data = defaults_.standard().data(snapshotKey);
-    return data ? settings_.decode<AchievementsSnapshot>(data->bytes) : std::nullopt;
+    return data ? readJson<AchievementsSnapshot>(data->bytes) : std::nullopt;
 }
 
 Task<> AchievementsStore::evaluate() {

@@ -23,6 +23,9 @@ public:
     virtual void endElement(std::string_view name) = 0;
     /// Text between tags, in as many pieces as the parser likes.
     virtual void characters(std::string_view text) = 0;
+    /// Whether text that follows the tag just heard is wanted. Asked after each tag, because the spaces between
+    /// tags are most of the pieces of an indented document.
+    virtual bool wantsCharacters() const = 0;
 };
 
 /// Why a document was not read to its end, for people: what is wrong, and where.

@@ -89,7 +89,7 @@ void GPXXMLParser::startElement(std::string_view name, XmlAttributes attributes)
 }
 
 void GPXXMLParser::characters(std::string_view text) {
-    if (openTextElements_ > 0 && currentText_.size() < longestText) currentText_ += text;
+    if (currentText_.size() < longestText) currentText_ += text;
 }
 
 void GPXXMLParser::endElement(std::string_view name) {

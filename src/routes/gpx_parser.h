@@ -48,6 +48,7 @@ private:
     void startElement(std::string_view name, XmlAttributes attributes) override;
     void endElement(std::string_view name) override;
     void characters(std::string_view text) override;
+    bool wantsCharacters() const override { return openTextElements_ > 0; }
 
     void startPoint(XmlAttributes attributes);
     void endPoint();
@@ -69,7 +70,7 @@ private:
     std::optional<double> currentElevation_;
     std::optional<Date> currentTimestamp_;
     std::string currentText_;           // since the last start tag
-    std::size_t openTextElements_ = 0;  // whose text will be read; outside of them none is collected
+    std::size_t openTextElements_ = 0;  // whose text will be read
     bool insideTrack_ = false;
     bool insideTrackPoint_ = false;
     bool insideMetadata_ = false;

@@ -22,6 +22,7 @@ public:
     }
     void endElement(std::string_view) override {}
     void characters(std::string_view) override {}
+    bool wantsCharacters() const override { return false; }
 };
 
 std::optional<std::string> rootElementOf(const std::string& path) {

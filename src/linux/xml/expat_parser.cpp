@@ -29,7 +29,6 @@ public:
     explicit Reading(XmlHandler& handler) : parser_(XML_ParserCreate(nullptr)), handler_(handler) {
         XML_SetUserData(parser_.get(), this);
         XML_SetElementHandler(parser_.get(), startElement, endElement);
-        XML_SetCharacterDataHandler(parser_.get(), characters);
         XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser_.get(), largestExpansion);
         XML_SetBillionLaughsAttackProtectionActivationThreshold(parser_.get(), freeExpansion);
     }
@@ -77,12 +76,19 @@ private:
         for (; *attributes != nullptr; attributes += 2)
             reading.attributes_.emplace_back(attributes[0], attributes[1]);
         reading.handler_.startElement(name, reading.attributes_);
+        reading.listenToCharacters();
     }
 
     static void XMLCALL endElement(void* userData, const XML_Char* name) {
         Reading& reading = of(userData);
         --reading.depth_;
-        if (!reading.isTooDeep_) reading.handler_.endElement(name);
+        if (reading.isTooDeep_) return;
+        reading.handler_.endElement(name);
+        reading.listenToCharacters();
+    }
+
+    void listenToCharacters() {
+        XML_SetCharacterDataHandler(parser_.get(), handler_.wantsCharacters() ? characters : nullptr);
     }
 
     static void XMLCALL characters(void* userData, const XML_Char* text, int length) {
