@@ -110,8 +110,9 @@ TEST_CASE_FIXTURE(Importing, "an import that is taken back leaves the store as i
     REQUIRE(administration.undoImport());
 
     std::stop_source stop;
-    const auto large = document("large.xml", minutes(0, 40'000));
-    CHECK(import({large}, [&](const ImportProgress&) { stop.request_stop(); }, stop.get_token()).wasStopped);
+    const auto half = document("half.xml", minutes(0, 7'000));
+    const auto rest = document("rest.xml", minutes(7'000, 9'000));
+    CHECK(import({half, rest}, [&](const ImportProgress&) { stop.request_stop(); }, stop.get_token()).wasStopped);
     CHECK(contentOf(database) != before);
     REQUIRE(administration.undoImport());
     CHECK(contentOf(database) == before);
@@ -120,14 +121,13 @@ TEST_CASE_FIXTURE(Importing, "an import that is taken back leaves the store as i
 }
 
 TEST_CASE_FIXTURE(Importing, "an import that is taken back while it runs ends, and leaves nothing behind") {
-    const auto large = document("large.xml", minutes(0, 40'000));
+    const std::vector inputs{document("half.xml", minutes(0, 200)), document("rest.xml", minutes(200, 400))};
     SampleWriter writer(database);
     bool isFirst = true;
     const auto takeBack = [&](const ImportProgress& progress) {
         if (progress.rows == 0 || !std::exchange(isFirst, false)) return;
         REQUIRE(HealthAdministration(database).undoImport());
     };
-    const std::vector<std::filesystem::path> inputs{large};
     const ImportReport report = HealthImporter(writer).run(inputs, takeBack);
     REQUIRE(report.failure);
     CHECK(contentOf(database).empty());

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace pedvar {
 namespace {
@@ -44,6 +45,10 @@ private:
 /// Puts the backup in the place of the data. Where the old data is kept; none when there was none.
 CommandResult<std::optional<fs::path>> restore(const fs::path& backup, Application& application) {
     std::error_code error;
+    if (!fs::exists(backup, error)) {
+        return std::unexpected(CommandError{ErrorKind::fileNotFound,
+                                            application.text()("There is no backup \"{}\".", backup.string())});
+    }
     const fs::path folder = fs::weakly_canonical(application.folder(), error);
     auto prepared = PreparedFolder::beside(folder);
     if (!prepared) return std::unexpected(prepared.error());
@@ -79,6 +84,7 @@ CommandResult<Report> run(const BackupRequest& request, Application& application
     auto file = OutputFile::create(request.file,
                                    request.isForced ? OutputFile::Existing::replace : OutputFile::Existing::keep);
     if (!file) return std::unexpected(file.error());
+    fs::permissions(file->unfinished(), fs::perms::owner_read | fs::perms::owner_write, error);
     if (const auto written = commandResult(writeBackup(application.folder(), file->unfinished())); !written) {
         return std::unexpected(written.error());
     }

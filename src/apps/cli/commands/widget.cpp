@@ -148,8 +148,13 @@ CommandResult<Report> run(const WidgetRequest& request, Application& application
         if (application.looksFromElsewhere()) {
             return usageError(application.text()("--follow shows the present; it does not go with --now."));
         }
-        return Report{LongAnswer(
-            [format = *format, &application](const TextSink& sink) { return follow(format, application, sink); })};
+        return Report{LongAnswer([format = *format, &application](const TextSink& sink) {
+            const auto problem = follow(format, application, sink);
+            if (problem && application.wantsJson()) {
+                sink(jsonText({JsonObject{{"error", errorDocument(*problem)}}}) + "\n");
+            }
+            return problem;
+        })};
     }
     const auto values = Suite(application.folder()).read();
     if (!values) return std::unexpected(values.error());
