@@ -97,7 +97,8 @@ public:
 
     void begin(std::string_view name) {
         constexpr int fastest = 1, zip64 = 1;
-        const zip_fileinfo undated{};
+        zip_fileinfo undated{};
+        undated.dosDate = 0x210000;  // the first day that an archive can name, 1 January 1980
         require(zip_ && zipOpenNewFileInZip64(zip_, std::string(name).c_str(), &undated, nullptr, 0, nullptr, 0,
                                               nullptr, Z_DEFLATED, fastest, zip64) == ZIP_OK);
     }

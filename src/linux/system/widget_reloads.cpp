@@ -64,6 +64,9 @@ std::expected<WidgetReloads::Wake, DefaultsError> WidgetReloads::wait(Date time,
     if (waitedFor[2].revents != 0) return Wake::readerGone;
     if (waitedFor[0].revents == 0) return Wake::time;
     dropEvents();
+    // Who deletes the folder deletes the file first, and is not kept from it.
+    constexpr int pause = 200;  // milliseconds
+    if (::access(bellIn(folder_).c_str(), F_OK) != 0) ::poll(nullptr, 0, pause);
     if (auto reason = watch()) return std::unexpected(std::move(*reason));
     return Wake::reload;
 }

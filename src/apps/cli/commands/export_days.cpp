@@ -13,7 +13,7 @@ struct Column {
     ActivityMetric metric;
     HKQuantityType type;
 };
-const std::array<Column, 5> columns{{
+const std::array<Column, 5> tableColumns{{
     {"steps", ActivityMetric::steps, HKQuantityTypeIdentifierStepCount},
     {"distanceMeters", ActivityMetric::distance, HKQuantityTypeIdentifierDistanceWalkingRunning},
     {"activeCalories", ActivityMetric::calories, HKQuantityTypeIdentifierActiveEnergyBurned},
@@ -24,7 +24,7 @@ const std::array<Column, 5> columns{{
 /// The first day with samples, or `today`.
 Day firstDay(Application& application, ActivityReads& reads, const Calendar& calendar, Day today) {
     Day first = today;
-    for (const Column& column : columns) {
+    for (const Column& column : tableColumns) {
         const auto oldest = application.loop().run(
             reads.fetchOldestDate(column.type, application.clock().now(), QueryPriority::normal));
         if (oldest) first = std::min(first, calendar.day(*oldest));
@@ -35,7 +35,7 @@ Day firstDay(Application& application, ActivityReads& reads, const Calendar& cal
 /// The table of all days, the oldest first; a cell without samples is empty.
 std::string table(const std::vector<DayTotals>& totals, Day first, Day today, const GoalHistory& goals) {
     std::string text = "date";
-    for (const Column& column : columns) text += fmt::format(",{}", column.name);
+    for (const Column& column : tableColumns) text += fmt::format(",{}", column.name);
     text += ",dailyGoal,goalMet\n";
     for (Day day = first; day <= today; day += std::chrono::days(1)) {
         const auto at = static_cast<std::size_t>((day - first).count());
@@ -62,7 +62,7 @@ CommandResult<Report> run(const ExportDaysRequest& request, Application& applica
     const Day today = application.today();
     const Day first = firstDay(application, reads, calendar, today);
     std::vector<DayTotals> totals;
-    for (const Column& column : columns) {
+    for (const Column& column : tableColumns) {
         auto read = application.loop().run(
             reads.fetchDayTotals(column.metric, first, today, calendar, QueryPriority::normal));
         if (!read) {
@@ -77,7 +77,7 @@ CommandResult<Report> run(const ExportDaysRequest& request, Application& applica
     const std::int64_t count = (today - first).count() + 1;
     if (application.wantsJson()) return Report{JsonObject{{"file", {request.file}}, {"days", {count}}}};
     const Screen screen = application.screen();
-    return Report{screen.text("{0} are in {1}.", screen.figures.days(count), harmless(request.file)) + "\n"};
+    return Report{screen.text("{0} has {1}.", harmless(request.file), screen.figures.days(count)) + "\n"};
 }
 
 }  // namespace pedvar
