@@ -18,6 +18,7 @@ pedvar_install_compressed(docs/pedvar.1 ${CMAKE_INSTALL_MANDIR}/man1 pedvar.1)
 pedvar_install_compressed(CHANGELOG.md ${CMAKE_INSTALL_DOCDIR} changelog)
 pedvar_install_compressed(extras/debian/changelog ${CMAKE_INSTALL_DOCDIR} changelog.Debian)
 install(FILES extras/debian/copyright README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES extras/debian/lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME pedvar)
 install(DIRECTORY extras/waybar DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(FILES extras/completion/pedvar.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
     RENAME pedvar)
