@@ -36,14 +36,19 @@ int main(int count, char** words) {
     const std::string pedvar = words[1];
     const std::string shortData = std::string(words[2]) + "/short";
     const std::string longData = std::string(words[2]) + "/long";
-    const auto times =
-        inTurn(101, {[&] { runProcess({"sqlite3", longData + "/health.sqlite", "select count(*) from sources"}); },
-                     [&] { runProcess({pedvar, "--data", longData, "today", "--json"}); },
-                     [&] { runProcess({pedvar, "--data", shortData, "today", "--json"}); }});
+    const std::string suite = longData + "/group.com.pedvarapp.PedvarApp.sqlite";
+    const auto times = inTurn(
+        101, {[&] { runProcess({"sqlite3", longData + "/health.sqlite", "select count(*) from sources"}); },
+              [&] { runProcess({pedvar, "--data", longData, "today", "--json"}); },
+              [&] { runProcess({pedvar, "--data", shortData, "today", "--json"}); },
+              [&] { runProcess({pedvar, "--data", longData, "widget"}); },
+              [&] { runProcess({"sqlite3", suite, "select value from defaults where key = 'todaySteps'"}); }});
     row("`today --json`, ten years of data, against the sqlite3 shell with one select", times[1] / times[0], 1.5,
         milliseconds(times[1]) + " to " + milliseconds(times[0]));
     row("`today --json`, ten years against half a year", times[1] / times[2], 1.1,
         milliseconds(times[1]) + " to " + milliseconds(times[2]));
+    row("`widget` against the sqlite3 shell with one select of the same file", times[3] / times[4], 1,
+        milliseconds(times[3]) + " to " + milliseconds(times[4]));
 
     const std::string ride = std::string(words[2]) + "/ride.gpx";
     writeRide(ride);

@@ -1,7 +1,7 @@
 # bash completion for pedvar
 _pedvar() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor watch update"
+    local commands="import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor watch update widget backup restore export-days"
     local command="" key="" i
     COMPREPLY=()
     case $previous in
@@ -11,6 +11,7 @@ _pedvar() {
     --as | --type) mapfile -t COMPREPLY < <(compgen -W "walk run hike cycle" -- "$current"); return ;;
     -o | --output | --replay) compopt -o default; return ;;
     --speed) mapfile -t COMPREPLY < <(compgen -W "1 10 max" -- "$current"); return ;;
+    --format) mapfile -t COMPREPLY < <(compgen -W "plain waybar i3blocks json" -- "$current"); return ;;
     --category) mapfile -t COMPREPLY < <(compgen -W "steps distance streaks special" -- "$current"); return ;;
     --drink)
         mapfile -t COMPREPLY < <(compgen -W "water sparklingWater tea coffee juice milk softDrink sportsDrink" -- "$current")
@@ -19,7 +20,7 @@ _pedvar() {
     esac
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-        --data | --now | --as | --type | -o | --output | --hide-home | --steps | --age | --date | --category | --drink | --gpsd | --replay | --speed) ((i++)) ;;
+        --data | --now | --as | --type | -o | --output | --hide-home | --steps | --age | --date | --category | --drink | --gpsd | --replay | --speed | --format) ((i++)) ;;
         -*) ;;
         *) if [[ -z $command ]]; then command=${COMP_WORDS[i]}; elif [[ -z $key ]]; then key=${COMP_WORDS[i]}; fi ;;
         esac
@@ -28,7 +29,9 @@ _pedvar() {
         local options="--data --now --json --help"
         case $command in
         "") options+=" --version" ;;
-        import) options+=" --as" ;;
+        import) options+=" --as --undo" ;;
+        widget) options+=" --format --follow" ;;
+        backup | export-days) options+=" --force" ;;
         record) options+=" --finish --gpsd --replay --speed --save" ;;
         activity) options+=" --type --delete --yes" ;;
         route) options+=" --points" ;;
@@ -47,7 +50,7 @@ _pedvar() {
     fi
     case $command in
     "") mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current") ;;
-    import | route) compopt -o default ;;
+    import | route | backup | restore | export-days) compopt -o default ;;
     record) [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "walk run hike cycle" -- "$current") ;;
     activity | export) [[ -n $key ]] || mapfile -t COMPREPLY < <(compgen -W "last" -- "$current") ;;
     day | week) mapfile -t COMPREPLY < <(compgen -W "today yesterday" -- "$current") ;;

@@ -1,5 +1,5 @@
 # fish completion for pedvar
-set -l commands import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor watch update
+set -l commands import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor watch update widget backup restore export-days
 
 complete -c pedvar -f
 complete -c pedvar -l data -r -a '(__fish_complete_directories)' -d 'Folder of the data'
@@ -39,9 +39,17 @@ __pedvar_command sources 'Who counted the steps'
 __pedvar_command doctor 'Check what is stored'
 __pedvar_command watch 'Stay, count steps and tell of the day'
 __pedvar_command update 'Whether there is a newer Pedvar'
+__pedvar_command widget 'Today as one line for a status bar'
+__pedvar_command backup 'Keep all data in one file'
+__pedvar_command restore 'Put the data of a backup in the place of yours'
+__pedvar_command export-days 'Write all days as a table'
 functions -e __pedvar_command
 
-complete -c pedvar -n '__fish_seen_subcommand_from import route' -F
+complete -c pedvar -n '__fish_seen_subcommand_from import route backup restore export-days' -F
+complete -c pedvar -n '__fish_seen_subcommand_from import' -l undo -d 'Take the last import back'
+complete -c pedvar -n '__fish_seen_subcommand_from backup export-days' -l force -d 'Replace the file'
+complete -c pedvar -n '__fish_seen_subcommand_from widget' -l format -x -a 'plain waybar i3blocks json' -d 'For this bar'
+complete -c pedvar -n '__fish_seen_subcommand_from widget' -l follow -d 'A new line when something has changed'
 complete -c pedvar -n '__fish_seen_subcommand_from import' -l as -x -a 'walk run hike cycle' -d 'What a GPX file was'
 complete -c pedvar -n '__fish_seen_subcommand_from record' -a 'walk run hike cycle'
 complete -c pedvar -n '__fish_seen_subcommand_from record' -l finish -d 'Put what was left into the history'

@@ -55,6 +55,7 @@ TEST_CASE_FIXTURE(Golden, "each command that looks shows the sample store as it 
     check("awards", with(look, {"awards", "--category", "steps"}));
     check("water", with(look, {"water"}));
     check("containers", with(look, {"containers"}));
+    check("widget", with(look, {"widget"}));
     check("goal", with(look, {"goal"}));
     check("settings", with(look, {"settings"}));
     check("setting", with(look, {"settings", "theme"}));

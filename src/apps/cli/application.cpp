@@ -9,6 +9,7 @@
 #include "insights/pace_days.h"
 #include "linux/health/health_administration.h"
 #include "linux/system/clocks.h"
+#include "linux/system/private_folder.h"
 
 #include <unistd.h>
 #include <cstdlib>
@@ -76,10 +77,16 @@ Application::Application(const GlobalOptions& options, std::filesystem::path fol
       text_(catalogue_),
       defaults_(folder_, access == Access::readWrite ? SqliteDefaults::Access::readWrite
                                                      : SqliteDefaults::Access::readOnly),
+      widgets_(folder_),
       settings_(defaults_, json_, locale_),
       documents_(defaults_) {}
 
 Application::~Application() = default;
+
+void Application::hold() {
+    if (isWriting()) makePrivateFolder(folder_);  // where that fails, the first who writes tells why
+    use_ = FolderUse::among(folder_);
+}
 
 void Application::finish(CancellableTask task) {
     loop_.run(ending(std::move(task)));
@@ -144,7 +151,7 @@ CommandResult<Companion*> Application::companion() {
     if (!opened) return std::unexpected(opened.error());
     if (!companion_) {
         companion_ = std::make_unique<Companion>(
-            CompanionSurroundings{loop_, *clock_, defaults_, settings_, log_, (*opened)->manager});
+            CompanionSurroundings{loop_, *clock_, defaults_, settings_, log_, (*opened)->manager, widgets_});
     }
     return companion_.get();
 }
@@ -180,7 +187,7 @@ CommandResult<Water*> Application::water() {
     if (!water_) {
         Health& health = **opened;
         water_ = std::make_unique<Water>(WaterSurroundings{loop_, *clock_, health.store, health.manager.reads(),
-                                                           defaults_, settings_, log_, horizon()});
+                                                           defaults_, settings_, log_, widgets_, horizon()});
     }
     return water_.get();
 }

@@ -8,6 +8,7 @@
 #include "apps/cli/linux_settings.h"
 #include "apps/cli/screen.h"
 #include "health/settings_store.h"
+#include "linux/backup/data_folder.h"
 #include "linux/system/absent_services.h"
 #include "linux/system/event_loop.h"
 #include "linux/system/glibc_locale.h"
@@ -16,6 +17,7 @@
 #include "linux/system/sqlite_defaults.h"
 #include "linux/system/sqlite_document_parts.h"
 #include "linux/system/system_log.h"
+#include "linux/system/widget_reloads.h"
 #include "platform/clock.h"
 #include "recording/session_history.h"
 
@@ -45,7 +47,13 @@ public:
     ~Application();
 
     const GlobalOptions& options() const { return options_; }
+    /// Lets nobody put another folder in the place of this one while the application lives. One that writes makes
+    /// it where there is none.
+    void hold();
+
     bool isWriting() const { return access_ == Access::readWrite; }
+    /// Whether things are looked at from another moment than the present.
+    bool looksFromElsewhere() const { return options_.now.has_value(); }
     bool wantsJson() const { return options_.format == OutputFormat::json; }
     const std::filesystem::path& folder() const { return folder_; }
     const Texts& text() const { return text_; }
@@ -58,6 +66,7 @@ public:
     SqliteDefaults& defaults() { return defaults_; }
     DocumentParts& documents() { return documents_; }
     const JsonParser& json() const { return json_; }
+    WidgetCenter& widgets() { return widgets_; }
     SettingsStore& settings() { return settings_; }
     Calendar calendar() const { return settings_.calendar(); }
     Day today() const { return settings_.calendar().day(clock_->now()); }
@@ -114,6 +123,7 @@ private:
 
     GlobalOptions options_;
     std::filesystem::path folder_;
+    std::optional<FolderUse> use_;
     Access access_;
     ProcessZone zone_;
     std::unique_ptr<const Clock> clock_;
@@ -124,6 +134,7 @@ private:
     SystemLog log_;
     EventLoop loop_;
     SqliteDefaults defaults_;
+    FollowedWidgets widgets_;
     SettingsStore settings_;
     SqliteDocumentParts documents_;
     std::optional<SessionHistory> sessions_;  // read when first asked for

@@ -21,15 +21,17 @@ struct Grammar {
     CLI::App& app;
     Request& chosen;
     std::span<const char* const> arguments;
+    bool isForHelp;
 
-    /// Adds a command whose arguments `describe` binds to a request. Commands that nobody names do without: their
-    /// arguments together cost a third of what `today` does.
+    /// Adds a command whose arguments `describe` binds to a request. One that is not named would only take time,
+    /// but in the list of all commands.
     template <class Wanted, class Describe>
     void command(const std::string& name, const std::string& summary, Describe describe) {
+        const bool isNamed = std::ranges::find(arguments, name) != arguments.end();
+        if (!isNamed && !isForHelp) return;
         CLI::App& command = *app.add_subcommand(name, summary);
         const auto request = std::make_shared<Wanted>();
-        const auto isIt = [&](std::string_view argument) { return argument == name; };
-        if (std::ranges::any_of(arguments, isIt)) describe(command, *request);
+        if (isNamed) describe(command, *request);
         command.fallthrough();
         command.group("Commands");
         command.callback([this, request] { chosen = std::move(*request); });
@@ -86,6 +88,24 @@ void describeActivities(Grammar& grammar) {
         });
 }
 
+void describeKeeping(Grammar& grammar) {
+    constexpr const char* forced = "Replace the file when it is there";
+    grammar.command<BackupRequest>(
+        "backup", "Keep all data in one file", [](CLI::App& command, BackupRequest& request) {
+            command.add_option("FILE", request.file, "The file to write, a zip archive")->required();
+            command.add_flag("--force", request.isForced, forced);
+        });
+    grammar.command<RestoreRequest>("restore", "Put the data of a backup in the place of yours",
+                                    [](CLI::App& command, RestoreRequest& request) {
+                                        command.add_option("FILE", request.file, "The backup")->required();
+                                    });
+    grammar.command<ExportDaysRequest>(
+        "export-days", "Write all days as a table", [](CLI::App& command, ExportDaysRequest& request) {
+            command.add_option("FILE", request.file, "The CSV file to write")->required();
+            command.add_flag("--force", request.isForced, forced);
+        });
+}
+
 std::string metricNames() {
     return fmt::format("{}; steps without it", fmt::join(caseNames<ActivityMetric>, ", "));
 }
@@ -119,14 +139,18 @@ void describeCommands(Grammar& grammar) {
     grammar.command<ImportRequest>(
         "import", "Read a phone's health export, or an activity from GPX",
         [](CLI::App& command, ImportRequest& request) {
-            command
-                .add_option("FILE", request.paths,
-                            "The XML document, the zip or the unpacked folder; or a GPX file")
-                ->required();
+            CLI::Option* const files = command.add_option(
+                "FILE", request.paths, "The XML document, the zip or the unpacked folder; or a GPX file");
             command
                 .add_option("--as", request.activityType,
                             "What the activity of a GPX file was: walk, run, hike or cycle")
                 ->type_name("TYPE");
+            CLI::Option* const undo = command.add_flag("--undo", request.isUndo,
+                                                       "Take back what the last import of an export has added");
+            undo->excludes(files);
+            command.parse_complete_callback([files, undo] {
+                if (files->empty() && undo->empty()) throw CLI::RequiredError("FILE");
+            });
         });
     grammar.command<TodayRequest>("today", "Today's steps, the goal and the streak");
     grammar.command<DayRequest>("day", "One day with its hours", [](CLI::App& command, DayRequest& request) {
@@ -186,6 +210,12 @@ void describeCommands(Grammar& grammar) {
             command.add_flag("--default", request.isDefault, "Drink from it when none is named");
             command.add_flag("--remove", request.isRemoval, "Remove it");
         });
+    grammar.command<WidgetRequest>(
+        "widget", "Today as one line for a status bar", [](CLI::App& command, WidgetRequest& request) {
+            command.add_option("--format", request.format, "plain, waybar, i3blocks or json; plain without it")
+                ->type_name("NAME");
+            command.add_flag("--follow", request.follows, "Stay, and print a new line when something has changed");
+        });
     grammar.command<GoalRequest>(
         "goal", "Show or set the daily goal", [](CLI::App& command, GoalRequest& request) {
             command.add_option("STEPS", request.goal, "The goal from today on, 1 to 1000000");
@@ -233,6 +263,13 @@ void describeCommands(Grammar& grammar) {
             CLI::Option* const opening = action("--open", open, "Open its page in the browser")->excludes(asking);
             action("--dismiss", dismiss, "Do not tell of this version again")->excludes(asking)->excludes(opening);
         });
+    describeKeeping(grammar);
+}
+
+bool asksForHelp(std::span<const char* const> arguments) {
+    return std::ranges::any_of(arguments, [](std::string_view argument) {
+        return argument == "--help" || (argument.starts_with('-') && argument.find('h') == 1);
+    });
 }
 
 /// The command given, or the program itself.
@@ -251,6 +288,7 @@ struct Writing {
     bool operator()(const ProfileRequest& profile) const { return profile.value.has_value(); }
     bool operator()(const RecordRequest&) const { return true; }
     bool operator()(const ImportRequest&) const { return true; }
+    bool operator()(const RestoreRequest&) const { return true; }
     bool operator()(const GoalRequest& goal) const { return goal.goal.has_value(); }
     bool operator()(const WaterRequest& water) const { return isDrink(water) || water.undo; }
     bool operator()(const ContainersRequest& containers) const { return containers.name.has_value(); }
@@ -274,7 +312,7 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
     line.global.format = formatOf(arguments);  // what stands before it may end the reading
     CLI::App app("Steps, walks and goals from your own data.", "pedvar");
     Request request;
-    Grammar grammar{app, request, arguments};
+    Grammar grammar{app, request, arguments, asksForHelp(arguments)};
 
     app.get_formatter()->column_width(26);
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
@@ -319,6 +357,15 @@ OutputFormat formatOf(std::span<const char* const> arguments) {
         return argument == "--json" || argument == "--json=true";
     };
     return std::ranges::any_of(arguments, isJson) ? OutputFormat::json : OutputFormat::screen;
+}
+
+bool needsSettings(const Request& request) {
+    return !std::holds_alternative<DoctorRequest>(request) && !std::holds_alternative<WidgetRequest>(request) &&
+           !std::holds_alternative<RestoreRequest>(request);
+}
+
+bool needsFolder(const Request& request) {
+    return !std::holds_alternative<WidgetRequest>(request) && !std::holds_alternative<RestoreRequest>(request);
 }
 
 bool isWriting(const Request& request, const GlobalOptions& options) {

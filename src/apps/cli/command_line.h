@@ -24,6 +24,18 @@ struct GlobalOptions {
 struct ImportRequest {
     std::vector<std::string> paths;
     std::optional<std::string> activityType;  // of the GPX files among them
+    bool isUndo = false;                      // of the last import
+};
+struct BackupRequest {
+    std::string file;
+    bool isForced = false;
+};
+struct RestoreRequest {
+    std::string file;
+};
+struct ExportDaysRequest {
+    std::string file;
+    bool isForced = false;
 };
 struct RouteRequest {
     enum class Detail { summary, points };
@@ -74,6 +86,10 @@ struct ContainersRequest {
     std::optional<std::string> newName;
     bool isDefault = false;
     bool isRemoval = false;
+};
+struct WidgetRequest {
+    std::optional<std::string> format;
+    bool follows = false;
 };
 struct GoalRequest {
     std::optional<std::string> goal;
@@ -135,8 +151,9 @@ using Request =
     std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
                  RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
                  RouteRequest, ExportRequest, RecordRequest, WatchRequest, AwardsRequest, WaterRequest,
-                 ContainersRequest, GoalRequest, WeightRequest, HeightRequest, ProfileRequest, SettingsRequest,
-                 SourcesRequest, DoctorRequest, UpdateRequest>;
+                 ContainersRequest, WidgetRequest, GoalRequest, WeightRequest, HeightRequest, ProfileRequest,
+                 SettingsRequest, SourcesRequest, DoctorRequest, UpdateRequest, BackupRequest, RestoreRequest,
+                 ExportDaysRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {
@@ -160,6 +177,12 @@ OutputFormat formatOf(std::span<const char* const> arguments);
 inline bool isDrink(const WaterRequest& request) {
     return request.amount || request.drink || request.container;
 }
+
+/// Whether the command needs the settings, and ends when they cannot be read.
+bool needsSettings(const Request& request);
+
+/// Whether the command needs the data folder to stay in its place while it runs.
+bool needsFolder(const Request& request);
 
 /// Whether the command changes what is stored.
 bool isWriting(const Request& request, const GlobalOptions& options = {});

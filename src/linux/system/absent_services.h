@@ -7,7 +7,6 @@
 #include "platform/pedometer.h"
 #include "platform/text_catalogue.h"
 #include "platform/watch_link.h"
-#include "platform/widget_center.h"
 
 namespace pedvar {
 
@@ -15,12 +14,6 @@ namespace pedvar {
 class EnglishTexts : public TextCatalogue {
 public:
     std::string text(std::string_view english) const override { return std::string(english); }
-};
-
-/// No widgets show the shared values, so a reload reaches nobody.
-class NoWidgets : public WidgetCenter {
-public:
-    void reloadAllTimelines() override {}
 };
 
 /// No cloud carries settings, so pushed ones stay on this machine.

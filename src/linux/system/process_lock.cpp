@@ -1,6 +1,6 @@
 #include "linux/system/process_lock.h"
 
-#include "linux/system/folder.h"
+#include "linux/system/private_folder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -28,7 +28,7 @@ pid_t writtenOwner(int descriptor) {
 
 std::expected<ProcessLock, ProcessLock::Refusal> ProcessLock::take(const std::filesystem::path& file) {
     const auto failed = [](int error) { return std::unexpected(Refusal{std::nullopt, error}); };
-    if (const int failure = makeFolder(file.parent_path()); failure != 0) return failed(failure);
+    if (const int failure = makePrivateFolder(file.parent_path()); failure != 0) return failed(failure);
     const int descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (descriptor < 0) return failed(errno);
     ProcessLock lock(descriptor);

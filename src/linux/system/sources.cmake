@@ -3,11 +3,11 @@ set(PEDVAR_SYSTEM_SOURCES
     system/absl_zone.cpp
     system/child_process.cpp
     system/event_loop.cpp
-    system/folder.cpp
     system/folder_watch.cpp
     system/glibc_locale.cpp
     system/nlohmann_json_parser.cpp
     system/posix_zone.cpp
+    system/private_folder.cpp
     system/process_lock.cpp
     system/process_zone.cpp
     system/readiness.cpp
@@ -19,4 +19,5 @@ set(PEDVAR_SYSTEM_SOURCES
     system/sqlite_parts_format.cpp
     system/system_log.cpp
     system/system_random.cpp
-    system/wall_clock_alarm.cpp)
+    system/wall_clock_alarm.cpp
+    system/widget_reloads.cpp)

@@ -1,12 +1,11 @@
 #include "linux/system/sqlite_defaults.h"
 
 #include "core/check.h"
-#include "linux/system/folder.h"
+#include "linux/system/private_folder.h"
 #include "linux/system/sqlite_defaults_format.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,10 +23,11 @@ namespace {
 
 constexpr mode_t ownerOnlyFile = 0600;
 
-/// Why a call of the system failed.
-DefaultsError systemError(int error) {
-    const auto kind = error == ENOSPC ? DefaultsError::Kind::full : DefaultsError::Kind::unwritable;
-    return {std::strerror(error), kind};
+/// Why a call of the system failed; nothing when it did not.
+std::optional<DefaultsError> systemError(int error) {
+    if (error == 0) return std::nullopt;
+    return DefaultsError{std::strerror(error),
+                         error == ENOSPC ? DefaultsError::Kind::full : DefaultsError::Kind::unwritable};
 }
 
 /// Why the file is neither there nor could be made. An existing file is not opened: closing it would drop the
@@ -38,7 +38,7 @@ std::optional<DefaultsError> makeFile(const std::filesystem::path& path) {
         close(file);
         return std::nullopt;
     }
-    return errno == EEXIST ? std::nullopt : std::optional(systemError(errno));
+    return errno == EEXIST ? std::nullopt : systemError(errno);
 }
 
 std::vector<DefaultsError> those(std::initializer_list<std::optional<DefaultsError>> found) {
@@ -97,9 +97,13 @@ SqliteDefaults::SqliteDefaults(const std::filesystem::path& folder, Access acces
       patience_(patience),
       durability_(durability),
       standard_(folder / "defaults.sqlite", patience),
-      shared_(folder / fmt::format("{}.sqlite", appGroupIdentifier), patience) {}
+      shared_(sharedPath(folder), patience) {}
 
 SqliteDefaults::~SqliteDefaults() = default;
+
+std::filesystem::path SqliteDefaults::sharedPath(const std::filesystem::path& folder) {
+    return folder / fmt::format("{}.sqlite", appGroupIdentifier);
+}
 
 const UserDefaults* SqliteDefaults::shared() const {
     return shared_.problem() ? nullptr : &shared_;
@@ -143,8 +147,7 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
     std::error_code unknown;
     if (!std::filesystem::exists(standard_.path(), unknown)) standardWriter_.reset();
     const std::filesystem::path folder = standard_.path().parent_path();
-    std::optional<DefaultsError> reason;
-    if (const int failure = makeFolder(folder); failure != 0) reason = systemError(failure);
+    auto reason = systemError(makePrivateFolder(folder));
     for (const SqliteDefaultsFile* file : files) {
         if (!reason) reason = makeFile(file->path());
     }

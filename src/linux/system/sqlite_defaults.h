@@ -30,6 +30,9 @@ public:
                    Durability durability = Durability::endOfMachine);
     ~SqliteDefaults() override;
 
+    /// The file of the shared suite.
+    static std::filesystem::path sharedPath(const std::filesystem::path& folder);
+
     const UserDefaults& standard() const override { return standard_; }
     const UserDefaults* shared() const override;
 
