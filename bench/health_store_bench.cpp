@@ -98,8 +98,8 @@ double plainLoop(const std::filesystem::path& path, std::span<const SampleRow> r
         for (; !rows.empty(); rows = rows.subspan(std::min<std::size_t>(rows.size(), 10'000))) {
             Transaction transaction(*connection, Transaction::Kind::write);
             for (const SampleRow& row : rows.first(std::min<std::size_t>(rows.size(), 10'000))) {
-                connection->run("INSERT OR IGNORE INTO samples VALUES (?, ?, ?, ?, ?)", row.series, row.start,
-                                row.duration, row.source, row.value);
+                connection->run("INSERT OR IGNORE INTO samples VALUES (?, ?, ?, ?, ?, NULL)", row.series,
+                                row.start, row.duration, row.source, row.value);
             }
             transaction.commit();
         }
@@ -207,8 +207,8 @@ void measure(const std::filesystem::path& folder) {
     Milliseconds next = days * dayLength;
     const auto bare = [&] {
         Transaction transaction(*connection, Transaction::Kind::write);
-        connection->run("INSERT INTO samples VALUES (?, ?, ?, ?, ?)", series[0], (next += 60'000) + 1, 30'000,
-                        phone, 5);
+        connection->run("INSERT INTO samples VALUES (?, ?, ?, ?, ?, NULL)", series[0], (next += 60'000) + 1,
+                        30'000, phone, 5);
         transaction.commit();
     };
     const auto live = [&] {

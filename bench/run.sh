@@ -35,4 +35,5 @@ fi
 wanted gpx && "$build/bench/gpx_bench"
 wanted recorder && "$build/bench/recorder_bench"
 wanted session && "$build/bench/session_bench"
+wanted widget && "$build/bench/widget_bench" "$build/pedvar"
 exit 0

@@ -27,3 +27,10 @@ foreach(part time time_zone civil_time strings strings_internal int128 base spin
     find_library(ABSL_${part} absl_${part} REQUIRED)
     target_link_libraries(absl_time INTERFACE ${ABSL_${part}})
 endforeach()
+
+# gpsd's client. Only recording needs it, and its archive needs a dozen other libraries, so it is loaded when it is
+# needed: GPS_SONAME is the name to load it by, that of the version whose header is compiled.
+find_file(GPS_SHARED_LIBRARY libgps.so
+    PATHS /usr/lib PATH_SUFFIXES ${CMAKE_LIBRARY_ARCHITECTURE} lib/${CMAKE_LIBRARY_ARCHITECTURE} REQUIRED)
+file(REAL_PATH ${GPS_SHARED_LIBRARY} GPS_VERSIONED)
+string(REGEX MATCH "libgps[.]so[.][0-9]+" GPS_SONAME ${GPS_VERSIONED})

@@ -22,7 +22,7 @@ PO = ROOT / "po"
 TEMPLATE = PO / "pedvar.pot"
 
 KEYWORDS = ["text", "text_", "lookUp", "Phrase", "usageError", "plural:1,2", "command:2", "add_option:3", "add_flag:3",
-            "add_flag_callback:3", "set_help_flag:2", "set_version_flag:3", "app", "type_name"]
+            "add_flag_callback:3", "action:3", "set_help_flag:2", "set_version_flag:3", "app", "type_name"]
 
 LITERAL = r'"(?:[^"\\\n]|\\.)*"'
 # Literals that stand beside each other are one text.
@@ -39,7 +39,9 @@ msgstr ""
 '''
 
 # Sentences in these calls are for developers and logs, or are the names of things in documents.
-NOT_FOR_PEOPLE = re.compile(r"(?:around|check|static_assert|say|complain|log|logOnce|query|run|runScript|number|parse)\($")
+NOT_FOR_PEOPLE = re.compile(
+    r"(?:around|check|static_assert|say|complain|log|logOnce|query|run|runScript|number|parse|faultPoint)\($"
+    r"|\bcheck\([^;]*, $|\b(?:say|log)\([^;]*\bLogLevel::[^;]*$")
 
 
 def sources():
@@ -62,8 +64,9 @@ def mark_tables(source):
 def simplified(source):
     source = mark_tables(source)
     source = re.sub(r"(^|\s)//.*", r"\1", source, flags=re.M)
-    source = source.replace("text()(", "text(").replace("Phrase{", "Phrase(")
+    source = source.replace("suite_.text(", "value(").replace("text()(", "text(").replace("Phrase{", "Phrase(")
     source = re.sub(r"\bcommand<\w+>\(", "command(", source)
+    source = re.sub(r"\bPhrase \w+[{(]", "Phrase(", source)
     return re.sub(r'\badd_option\(\s*("[A-Z]+")', r"text(\1), add_option(\1", source)
 
 

@@ -1,5 +1,5 @@
 # fish completion for pedvar
-set -l commands import today day week month streaks pace rank compare calendar recap activities activity route export awards water containers goal weight height profile settings sources doctor
+set -l commands import today day week month streaks pace rank compare calendar recap record activities activity route export awards water containers goal weight height profile settings sources doctor watch update widget backup restore export-days
 
 complete -c pedvar -f
 complete -c pedvar -l data -r -a '(__fish_complete_directories)' -d 'Folder of the data'
@@ -22,6 +22,7 @@ __pedvar_command rank 'Where the steps of a day stand at your age'
 __pedvar_command compare 'A day against your own past'
 __pedvar_command calendar 'A month as a page of the calendar'
 __pedvar_command recap 'What a month was'
+__pedvar_command record 'Record a walk, run, hike or ride'
 __pedvar_command activities 'All activities, the newest first'
 __pedvar_command activity 'One activity with its route'
 __pedvar_command route 'What GPX files hold'
@@ -36,10 +37,26 @@ __pedvar_command profile 'Show or change what Pedvar knows of you'
 __pedvar_command settings 'Show or change the settings'
 __pedvar_command sources 'Who counted the steps'
 __pedvar_command doctor 'Check what is stored'
+__pedvar_command watch 'Stay, count steps and tell of the day'
+__pedvar_command update 'Whether there is a newer Pedvar'
+__pedvar_command widget 'Today as one line for a status bar'
+__pedvar_command backup 'Keep all data in one file'
+__pedvar_command restore 'Put the data of a backup in the place of yours'
+__pedvar_command export-days 'Write all days as a table'
 functions -e __pedvar_command
 
-complete -c pedvar -n '__fish_seen_subcommand_from import route' -F
+complete -c pedvar -n '__fish_seen_subcommand_from import route backup restore export-days' -F
+complete -c pedvar -n '__fish_seen_subcommand_from import' -l undo -d 'Take the last import back'
+complete -c pedvar -n '__fish_seen_subcommand_from backup export-days' -l force -d 'Replace the file'
+complete -c pedvar -n '__fish_seen_subcommand_from widget' -l format -x -a 'plain waybar i3blocks json' -d 'For this bar'
+complete -c pedvar -n '__fish_seen_subcommand_from widget' -l follow -d 'A new line when something has changed'
 complete -c pedvar -n '__fish_seen_subcommand_from import' -l as -x -a 'walk run hike cycle' -d 'What a GPX file was'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -a 'walk run hike cycle'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l finish -d 'Put what was left into the history'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l gpsd -x -d 'Where gpsd answers'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l replay -r -F -d 'Play a GPX file back'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l speed -x -a '1 10 max' -d 'Of the replay'
+complete -c pedvar -n '__fish_seen_subcommand_from record' -l save -d 'Put the replay into the history'
 complete -c pedvar -n '__fish_seen_subcommand_from activity export' -a last
 complete -c pedvar -n '__fish_seen_subcommand_from activity' -l type -x -a 'walk run hike cycle' -d 'Make it another'
 complete -c pedvar -n '__fish_seen_subcommand_from activity' -l delete -d 'Delete it'
@@ -52,6 +69,9 @@ complete -c pedvar -n '__fish_seen_subcommand_from day week' -a 'today yesterday
 complete -c pedvar -n '__fish_seen_subcommand_from settings' -a '(pedvar settings 2>/dev/null | string split -f 1 " ")'
 complete -c pedvar -n '__fish_seen_subcommand_from sources' -l order -x -d 'Names of sources, most trusted first'
 complete -c pedvar -n '__fish_seen_subcommand_from doctor' -l rebuild -d 'Make the stored totals anew'
+complete -c pedvar -n '__fish_seen_subcommand_from update' -l check -d 'Ask for the newest version now'
+complete -c pedvar -n '__fish_seen_subcommand_from update' -l open -d 'Open its page in the browser'
+complete -c pedvar -n '__fish_seen_subcommand_from update' -l dismiss -d 'Do not tell of this version again'
 complete -c pedvar -n '__fish_seen_subcommand_from rank' -l steps -x -d 'Of so many steps'
 complete -c pedvar -n '__fish_seen_subcommand_from rank' -l age -x -d 'At another age'
 complete -c pedvar -n '__fish_seen_subcommand_from compare' -l date -x -a 'today yesterday' -d 'Another day'

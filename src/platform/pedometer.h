@@ -38,7 +38,9 @@ public:
     /// Tells `handler` the steps since `start` whenever there are more, until `stopUpdates` or another start.
     /// Asked again from the same start, also by another process, it goes on counting where it was.
     virtual void startUpdates(Date start, CMPedometerHandler handler) = 0;
-    /// The count is over. `handler` is not called any more.
+    /// The handler is not called any more, while the count goes on for whoever asks from the same start.
+    virtual void detach() = 0;
+    /// The count is over. The handler is not called any more.
     virtual void stopUpdates() = 0;
 };
 

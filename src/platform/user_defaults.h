@@ -8,9 +8,11 @@
 #include <cstdint>
 #include <expected>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -38,6 +40,21 @@ public:
     std::optional<double> real(std::string_view key) const;
     std::optional<std::string> text(std::string_view key) const;
     std::optional<Data> data(std::string_view key) const;
+};
+
+/// What a domain held at one moment.
+class DefaultsSnapshot : public UserDefaults {
+public:
+    using Values = std::map<std::string, DefaultsValue, std::less<>>;
+    explicit DefaultsSnapshot(Values values) : values_(std::move(values)) {}
+
+    std::optional<DefaultsValue> value(std::string_view key) const override {
+        const auto found = values_.find(key);
+        return found == values_.end() ? std::nullopt : std::optional(found->second);
+    }
+
+private:
+    Values values_;
 };
 
 /// Sets `key` in `store`, or removes it when there is no value.

@@ -45,6 +45,7 @@ ActivityRecorderManager::ActivityRecorderManager(MainExecutor& executor, const C
 
 ActivityRecorderManager::~ActivityRecorderManager() {
     locationManager_.setDelegate(nullptr);
+    pedometer_.detach();
 }
 
 GPSQuality ActivityRecorderManager::gpsQuality() const {

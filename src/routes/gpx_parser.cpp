@@ -37,8 +37,8 @@ Element elementNamed(std::string_view name) {
 
 }  // namespace
 
-GPXXMLParser::GPXXMLParser(XmlParser::Source data, Date now, std::size_t size)
-    : data_(std::move(data)), now_(now), size_(size) {}
+GPXXMLParser::GPXXMLParser(XmlParser::Source data, Date now, std::size_t size, GPXReadings readings)
+    : data_(std::move(data)), now_(now), size_(size), readings_(readings) {}
 
 std::expected<GPXDocument, GPXFailure> GPXXMLParser::parse(const XmlParser& xmlParser) && {
     const auto outcome = xmlParser.parse([this](std::span<char> room) { return readData(room); }, *this);
@@ -84,6 +84,7 @@ void GPXXMLParser::startElement(std::string_view name, XmlAttributes attributes)
             ++openTextElements_;
             break;
         case Element::other:
+            if (readingNamed(name)) ++openTextElements_;
             break;
     }
 }
@@ -123,8 +124,24 @@ void GPXXMLParser::endElement(std::string_view name) {
             if (insideTrackPoint_) currentTimestamp_ = parseISO8601(trimmed(currentText_));
             break;
         case Element::other:
+            if (auto* const reading = readingNamed(name)) {
+                --openTextElements_;
+                const auto number = parseGPXNumber(trimmed(currentText_));
+                if (number && *number >= 0) *reading = number;
+            }
             break;
     }
+}
+
+/// Prefixes differ from program to program.
+std::optional<double>* GPXXMLParser::readingNamed(std::string_view name) {
+    if (readings_ == GPXReadings::assumed || !insideTrackPoint_) return nullptr;
+    name.remove_prefix(name.find(':') + 1);
+    if (name == "hAcc" || name == "accuracy_horizontal") return &currentReadings_.horizontalAccuracy;
+    if (name == "vAcc" || name == "accuracy_vertical") return &currentReadings_.verticalAccuracy;
+    if (name == "speed") return &currentReadings_.speed;
+    if (name == "course") return &currentReadings_.course;
+    return nullptr;
 }
 
 void GPXXMLParser::startPoint(XmlAttributes attributes) {
@@ -133,6 +150,7 @@ void GPXXMLParser::startPoint(XmlAttributes attributes) {
     currentLongitude_.reset();
     currentElevation_.reset();
     currentTimestamp_.reset();
+    currentReadings_ = {};
     for (const auto& [name, value] : attributes) {
         if (name == "lat") currentLatitude_ = parseGPXNumber(value);
         if (name == "lon") currentLongitude_ = parseGPXNumber(value);
@@ -143,12 +161,16 @@ void GPXXMLParser::endPoint() {
     insideTrackPoint_ = false;
     if (!currentLatitude_ || !currentLongitude_) return;
     makeRoom();
-    currentSegment_.points.push_back({.latitude = *currentLatitude_,
-                                      .longitude = *currentLongitude_,
-                                      .altitude = currentElevation_.value_or(0),
-                                      .horizontalAccuracy = assumedAccuracy,
-                                      .verticalAccuracy = currentElevation_ ? assumedAccuracy : -1,
-                                      .timestamp = currentTimestamp_.value_or(now_)});
+    const auto& [horizontalAccuracy, verticalAccuracy, speed, course] = currentReadings_;
+    currentSegment_.points.push_back(
+        {.latitude = *currentLatitude_,
+         .longitude = *currentLongitude_,
+         .altitude = currentElevation_.value_or(0),
+         .horizontalAccuracy = horizontalAccuracy.value_or(assumedAccuracy),
+         .verticalAccuracy = currentElevation_ ? verticalAccuracy.value_or(assumedAccuracy) : -1,
+         .course = course.value_or(-1),
+         .speed = speed.value_or(-1),
+         .timestamp = currentTimestamp_.value_or(now_)});
     currentSegment_.hasTime.push_back(currentTimestamp_.has_value());
 }
 

@@ -55,6 +55,7 @@ TEST_CASE_FIXTURE(Golden, "each command that looks shows the sample store as it 
     check("awards", with(look, {"awards", "--category", "steps"}));
     check("water", with(look, {"water"}));
     check("containers", with(look, {"containers"}));
+    check("widget", with(look, {"widget"}));
     check("goal", with(look, {"goal"}));
     check("settings", with(look, {"settings"}));
     check("setting", with(look, {"settings", "theme"}));
@@ -86,6 +87,7 @@ TEST_CASE_FIXTURE(Golden, "in colours, today's curve, the own tier and the shade
 
 TEST_CASE_FIXTURE(Golden, "an empty store says how to begin, and an import what it did") {
     check("help", {"--help"});
+    check("record_help", {"record", "--help"});
     check("today_empty", {"--data", "data", "--now", sampleNow, "today"});
     check("sources_empty", {"--data", "data", "sources"});
     const Outcome screen = runPedvar(folder.path(), {"import", "export.xml", "--data", "data"});

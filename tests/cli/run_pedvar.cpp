@@ -1,13 +1,14 @@
 #include "cli/run_pedvar.h"
 
 #include "core/check.h"
-#include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <ranges>
 
@@ -24,11 +25,10 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 
 }  // namespace
 
-Outcome runPedvar(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
-                  const std::vector<std::string>& environment) {
-    const TemporaryFolder scratch;
-    const std::string output = scratch / "output";
-    const std::string errors = scratch / "errors";
+RunningPedvar::RunningPedvar(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
+                             const std::vector<std::string>& environment) {
+    const std::string output = scratch_ / "output";
+    const std::string errors = scratch_ / "errors";
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_addchdir_np(&files, folder.c_str());
@@ -42,14 +42,52 @@ Outcome runPedvar(const std::filesystem::path& folder, const std::vector<std::st
     for (const char* variable : {"TZ=Europe/Berlin", "LC_ALL=C.UTF-8", "HOME=/nonexistent"}) {
         variables.emplace_back(variable);  // the first of a name is the one that is found
     }
-    pid_t process = 0;
-    const int failure =
-        posix_spawn(&process, PEDVAR_PROGRAM, &files, nullptr, pointers(words).data(), pointers(variables).data());
+    const int failure = posix_spawn(&process_, PEDVAR_PROGRAM, &files, nullptr, pointers(words).data(),
+                                    pointers(variables).data());
     posix_spawn_file_actions_destroy(&files);
     check(failure == 0, "the program cannot be started");
+}
+
+RunningPedvar::~RunningPedvar() {
+    if (hasEnded()) return;
+    signal(SIGKILL);
+    finish();
+}
+
+bool RunningPedvar::says(std::string_view text) {
+    while (!hasEnded()) {
+        if (hasSaid(text)) return true;
+        usleep(5'000);  // another process takes its own time
+    }
+    return hasSaid(text);
+}
+
+bool RunningPedvar::hasSaid(std::string_view text) const {
+    return readFile(scratch_ / "output").contains(text) || readFile(scratch_ / "errors").contains(text);
+}
+
+bool RunningPedvar::hasEnded() {
     int status = 0;
-    check(waitpid(process, &status, 0) == process, "the program cannot be waited for");
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), readFile(output), readFile(errors)};
+    if (!status_ && waitpid(process_, &status, WNOHANG) == process_) status_ = status;
+    return status_.has_value();
+}
+
+void RunningPedvar::signal(int number) const {
+    kill(process_, number);
+}
+
+Outcome RunningPedvar::finish() {
+    if (int status = 0; !status_) {
+        check(waitpid(process_, &status, 0) == process_, "the program cannot be waited for");
+        status_ = status;
+    }
+    return {WIFEXITED(*status_) ? WEXITSTATUS(*status_) : -WTERMSIG(*status_), readFile(scratch_ / "output"),
+            readFile(scratch_ / "errors")};
+}
+
+Outcome runPedvar(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
+                  const std::vector<std::string>& environment) {
+    return RunningPedvar(folder, arguments, environment).finish();
 }
 
 void checkGolden(const std::string& name, const std::string& text) {

@@ -1,8 +1,13 @@
 /// Running the program as a person does.
 #pragma once
 
+#include "support/temporary_folder.h"
+
+#include <sys/types.h>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pedvar {
@@ -18,6 +23,32 @@ struct Outcome {
 /// `environment` has further variables ("NAME=value"), which win.
 Outcome runPedvar(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
                   const std::vector<std::string>& environment = {});
+
+/// The same, while it runs.
+class RunningPedvar {
+public:
+    RunningPedvar(const std::filesystem::path& folder, const std::vector<std::string>& arguments,
+                  const std::vector<std::string>& environment = {});
+    /// Kills it if need be.
+    ~RunningPedvar();
+    RunningPedvar(const RunningPedvar&) = delete;
+    RunningPedvar& operator=(const RunningPedvar&) = delete;
+
+    pid_t process() const { return process_; }
+    /// Whether standard output or standard error comes to hold `text` before the program ends.
+    bool says(std::string_view text);
+    void signal(int number) const;
+    /// Waits for its end.
+    Outcome finish();
+
+private:
+    bool hasEnded();
+    bool hasSaid(std::string_view text) const;
+
+    TemporaryFolder scratch_;
+    pid_t process_ = 0;
+    std::optional<int> status_;  // once it has ended
+};
 
 /// Compares with a file of tests/cli/golden. With PEDVAR_REFRESH_GOLDEN in the environment the file is written
 /// anew instead; look at the difference before you keep it.

@@ -51,7 +51,7 @@ TEST_CASE("files that are no store, or a newer one, are refused by readers and w
         {Kind::notAStore, [&] { writeFile(path, "Dear diary,\ntoday I walked. " + std::string(5000, '.')); }},
         {Kind::notAStore, [&] { runIn(path, "CREATE TABLE diary (text)"); }},
         {Kind::notAStore, [&] { runIn(path, "PRAGMA application_id = 7"); }},
-        {Kind::newerVersion, [&] { runIn(path, "PRAGMA application_id = 0x50647672; PRAGMA user_version = 2"); }},
+        {Kind::newerVersion, [&] { runIn(path, "PRAGMA application_id = 0x50647672; PRAGMA user_version = 3"); }},
     };
     for (const Case& each : cases) {
         std::filesystem::remove(path);

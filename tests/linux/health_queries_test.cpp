@@ -217,7 +217,9 @@ TEST_CASE_FIXTURE(Queries, "readers go on while another connection writes, and s
     auto other = database.connectForWriting();
     {
         Transaction transaction(*other, Transaction::Kind::write);
-        other->run("INSERT INTO samples SELECT series, 120000, 60000, source, 5 FROM samples");
+        other->run(
+            "INSERT INTO samples (series, start, duration, source, value) SELECT series, 120000, 60000, source, 5 "
+            "FROM samples");
         CHECK(sum(0, day) == 10);
         transaction.commit();
     }

@@ -4,6 +4,7 @@
 #include "linux/import_support.h"
 #include "support/temporary_folder.h"
 
+#include "linux/health/health_administration.h"
 #include "linux/health/health_database.h"
 
 #include <chrono>
@@ -55,7 +56,99 @@ std::string walk(std::string_view route) {
         route);
 }
 
+/// Everything in the store but the numbers of its rows.
+std::string contentOf(HealthDatabase& database) {
+    auto connection = database.connectForReading();
+    REQUIRE((connection && *connection));
+    std::string content;
+    for (const char* sql : {
+             "SELECT kind || name || hardware FROM sources ORDER BY position",
+             "SELECT identifier || start || ' ' || duration || name || value FROM samples "
+             "JOIN series ON series.id = series JOIN sources ON sources.id = source ORDER BY 1",
+             "SELECT identifier || day || ifnull(hex(sums), '-') FROM totals JOIN series ON series.id = series "
+             "ORDER BY 1",
+             "SELECT activity || start || name || count(DISTINCT key) || count(DISTINCT type) FROM workouts "
+             "JOIN sources ON sources.id = source LEFT JOIN workout_metadata AS m ON m.workout = workouts.id "
+             "LEFT JOIN workout_statistics AS s ON s.workout = workouts.id GROUP BY workouts.id ORDER BY 1",
+             "SELECT start || name || hex(deflated) FROM workout_routes JOIN workouts ON id = workout ORDER BY 1",
+         }) {
+        Rows rows = (*connection)->query(sql);
+        while (rows.next()) content.append(rows.text(0)).append("\n");
+    }
+    return content;
+}
+
 }  // namespace
+
+TEST_CASE_FIXTURE(Importing, "an import that is taken back leaves the store as it was, and can be done again") {
+    std::filesystem::create_directory(folder / "workout-routes");
+    writeFile(folder / "workout-routes/a.gpx", "<gpx>a</gpx>");
+    writeFile(folder / "workout-routes/b.gpx", "<gpx>b</gpx>");
+    const auto first = document("first.xml", minutes(0, 3000) + walk("a.gpx"));
+    const std::string summary = record({{"sourceName", "Band"},
+                                        {"startDate", "2024-05-01 00:00:00 +0000"},
+                                        {"endDate", "2024-05-01 23:00:00 +0000"}});
+    const auto second = document("second.xml", minutes(2900, 6000) + summary + walk("b.gpx"));
+    HealthAdministration administration(database);
+    CHECK(!administration.undoImport()->has_value());
+    import({first});
+    const std::string before = contentOf(database);
+    import({second});
+    const std::string after = contentOf(database);
+    CHECK(import({second}).counts.added == 0);
+
+    const auto undone = administration.undoImport();
+    REQUIRE((undone && *undone));
+    CHECK((*undone)->samples == 3001);
+    CHECK((*undone)->workouts == 0);  // the walk had come with the first one
+    CHECK((*undone)->routes == 1);
+    CHECK((*undone)->sources == 1);
+    CHECK(contentOf(database) == before);
+    CHECK(administration.examine()->differences.empty());
+    import({second});
+    CHECK(contentOf(database) == after);
+    REQUIRE(administration.undoImport());
+
+    std::stop_source stop;
+    const auto half = document("half.xml", minutes(0, 7'000));
+    const auto rest = document("rest.xml", minutes(7'000, 9'000));
+    CHECK(import({half, rest}, [&](const ImportProgress&) { stop.request_stop(); }, stop.get_token()).wasStopped);
+    CHECK(contentOf(database) != before);
+    REQUIRE(administration.undoImport());
+    CHECK(contentOf(database) == before);
+    CHECK((*administration.undoImport())->workouts == 1);
+    CHECK(contentOf(database).empty());
+}
+
+TEST_CASE_FIXTURE(Importing, "an import that is taken back while it runs ends, and leaves nothing behind") {
+    const std::vector inputs{document("half.xml", minutes(0, 200)), document("rest.xml", minutes(200, 400))};
+    SampleWriter writer(database);
+    bool isFirst = true;
+    const auto takeBack = [&](const ImportProgress& progress) {
+        if (progress.rows == 0 || !std::exchange(isFirst, false)) return;
+        REQUIRE(HealthAdministration(database).undoImport());
+    };
+    const ImportReport report = HealthImporter(writer).run(inputs, takeBack);
+    REQUIRE(report.failure);
+    CHECK(contentOf(database).empty());
+}
+
+TEST_CASE_FIXTURE(Importing, "a store of the version before imports were remembered is read, and written on") {
+    import({document("first.xml", minutes(0, 100))});
+    const std::string before = contentOf(database);
+    {
+        Connection old((folder / "health.sqlite").string(), Connection::Access::write, std::chrono::seconds(1));
+        for (const char* table : {"sources", "samples", "workouts", "workout_routes"}) {
+            old.runScript(fmt::format("ALTER TABLE {} DROP COLUMN import", table).c_str());
+        }
+        old.runScript("DROP TABLE imports; PRAGMA user_version = 1");
+    }
+    CHECK(contentOf(database) == before);
+    import({document("second.xml", minutes(0, 200))});
+    CHECK((*HealthAdministration(database).undoImport())->samples == 100);
+    CHECK(contentOf(database) == before);
+    CHECK(!HealthAdministration(database).undoImport()->has_value());
+}
 
 TEST_CASE_FIXTURE(Importing, "importing again adds nothing, and a newer overlapping export only what is new") {
     std::filesystem::create_directory(folder / "workout-routes");
@@ -93,10 +186,10 @@ TEST_CASE_FIXTURE(Importing,
     REQUIRE(report.files.size() == 4);
     CHECK(report.files[0].error->kind == ImportError::Kind::notFound);
     CHECK(report.files[1].endedEarly);
-    CHECK(report.files[1].error->message.find(cut.string()) != std::string::npos);
+    CHECK(report.files[1].error->message.inEnglish().find(cut.string()) != std::string::npos);
     CHECK(report.files[1].counts.added == 10);
     CHECK(report.files[2].error->kind == ImportError::Kind::notAnExport);
-    CHECK(report.files[2].error->message.find(rootless.string()) != std::string::npos);
+    CHECK(report.files[2].error->message.inEnglish().find(rootless.string()) != std::string::npos);
     CHECK(!report.files[2].endedEarly);
     CHECK(!report.files[3].error);
     CHECK(report.files[3].counts.repairedBytes == 2);

@@ -62,6 +62,38 @@ TEST_CASE("a point has its coordinates, elevation and time, and says which of th
     CHECK(!document.hasRoutePoints);
 }
 
+TEST_CASE("readings in a point's extensions count only when they are asked for") {
+    constexpr std::string_view text = R"(<gpx><trk><speed>9</speed><trkseg>
+        <trkpt lat="1" lon="2"><ele>3</ele><extensions><speed>1.5</speed><course>270</course><hAcc>8.25</hAcc>
+            <vAcc>4</vAcc></extensions></trkpt>
+        <trkpt lat="1" lon="2"><ele>3</ele><extensions><x:accuracy_horizontal>12</x:accuracy_horizontal>
+            <x:speed>-1</x:speed><x:course>north</x:course></extensions></trkpt>
+        <trkpt lat="1" lon="2"><extensions><vAcc>4</vAcc></extensions></trkpt>
+        </trkseg></trk></gpx>)";
+    const auto read = [&](GPXReadings readings) {
+        return GPXXMLParser(sourceOf(text), momentOfReading, 0, readings)
+            .parse(ExpatParser())
+            ->segments.at(0)
+            .points;
+    };
+    CLLocation place{.latitude = 1,
+                     .longitude = 2,
+                     .altitude = 3,
+                     .horizontalAccuracy = 5,
+                     .verticalAccuracy = 5,
+                     .timestamp = momentOfReading};
+    CHECK(read(GPXReadings::assumed).front() == place);
+    const auto recorded = read(GPXReadings::recorded);
+    CHECK(recorded[2].verticalAccuracy == -1);
+    place.horizontalAccuracy = 12;
+    CHECK(recorded[1] == place);
+    place.horizontalAccuracy = 8.25;
+    place.verticalAccuracy = 4;
+    place.speed = 1.5;
+    place.course = 270;
+    CHECK(recorded[0] == place);
+}
+
 TEST_CASE("a number is the whole text in decimal notation") {
     for (const auto& [text, value] : {std::pair("5.", 5.0),
                                       {".5", 0.5},

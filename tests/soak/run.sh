@@ -2,5 +2,7 @@
 # What takes too long for every day: run.sh BUILD [OPTIONS of imports.py]
 set -euo pipefail
 build=$1
+soak=$(dirname "${BASH_SOURCE[0]}")
 shift
-exec "$(dirname "${BASH_SOURCE[0]}")/imports.py" "$build/pedvar" "$build/tools/sample_export" "$@"
+"$soak/recordings.py" "$build/pedvar"
+exec "$soak/imports.py" "$build/pedvar" "$build/tools/sample_export" "$@"

@@ -1,6 +1,7 @@
 /// A receiver and a step counter that tests speak for.
 #pragma once
 
+#include "core/check.h"
 #include "platform/location_manager.h"
 #include "platform/pedometer.h"
 
@@ -41,6 +42,8 @@ private:
 
 class FakePedometer : public CMPedometer {
 public:
+    ~FakePedometer() override { check(!handler_, "a handler outlives the one who waited"); }
+
     bool isAvailable = true;
     CMAuthorizationStatus status = CMAuthorizationStatus::authorized;
     std::optional<Date> start;  // while it counts
@@ -58,6 +61,7 @@ public:
         start = from;
         handler_ = std::move(handler);
     }
+    void detach() override { handler_ = nullptr; }
     void stopUpdates() override {
         start.reset();
         handler_ = nullptr;

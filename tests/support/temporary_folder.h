@@ -13,9 +13,16 @@
 
 namespace pedvar {
 
+/// Where no disk slows thousands of writes down, if there is such a place.
+inline std::filesystem::path memoryFolder() {
+    const std::filesystem::path memory = "/dev/shm";
+    return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+}
+
 class TemporaryFolder {
 public:
-    TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "pedvar-test-XXXXXX").string()) {
+    explicit TemporaryFolder(const std::filesystem::path& within = std::filesystem::temp_directory_path())
+        : path_((within / "pedvar-test-XXXXXX").string()) {
         check(mkdtemp(path_.data()) != nullptr, "no temporary folder can be made");
     }
     TemporaryFolder(const TemporaryFolder&) = delete;

@@ -1,6 +1,7 @@
 #include "apps/cli/activity_list.h"
 
 #include "apps/cli/application.h"
+#include "apps/cli/commands/day_views.h"
 #include "apps/cli/health.h"
 #include "apps/cli/moment.h"
 #include "core/reflection.h"
@@ -111,6 +112,28 @@ std::string shortId(UUID id) {
 std::string paceOf(const Activity& activity, double secondsPerMeter, const Figures& figures) {
     const bool isCycling = activity.type == ActivityType::cycle;
     return isCycling && secondsPerMeter > 0 ? figures.speed(1 / secondsPerMeter) : figures.pace(secondsPerMeter);
+}
+
+std::string factsOf(const Activity& activity, std::optional<double> movingTime, const Screen& screen) {
+    const Figures& figures = screen.figures;
+    std::vector<std::pair<std::string, std::string>> lines;
+    if (activity.distance) lines.emplace_back(screen.text("Distance"), figures.distance(*activity.distance));
+    lines.emplace_back(screen.text("Time"), figures.duration(activity.duration));
+    if (movingTime) lines.emplace_back(screen.text("Moving"), figures.duration(*movingTime));
+    if (activity.averagePace) {
+        lines.emplace_back(screen.text("Average"), paceOf(activity, *activity.averagePace * 60 / 1000, figures));
+    }
+    if (activity.steps) lines.emplace_back(screen.text("Steps"), figures.number(*activity.steps));
+    if (activity.calories) {
+        lines.emplace_back(screen.text("Energy"), figures.energy(static_cast<double>(*activity.calories)));
+    }
+    if (activity.elevationGain || activity.elevationLoss) {
+        lines.emplace_back(screen.text("Climb"),
+                           screen.text("{0} up, {1} down", figures.altitude(activity.elevationGain.value_or(0)),
+                                       figures.altitude(activity.elevationLoss.value_or(0))));
+    }
+    lines.emplace_back(screen.text("Recorded by"), harmless(activity.source));
+    return labelled(lines);
 }
 
 JsonObject activityDocument(const Activity& activity, const Calendar& calendar) {

@@ -6,6 +6,7 @@
 #include "core/json_value.h"
 #include "recording/activity_list.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +36,9 @@ std::string shortId(UUID id);
 
 /// The pace, or the speed of who cycles.
 std::string paceOf(const Activity& activity, double secondsPerMeter, const Figures& figures);
+
+/// What is known of it, a line each.
+std::string factsOf(const Activity& activity, std::optional<double> movingTime, const Screen& screen);
 
 JsonObject activityDocument(const Activity& activity, const Calendar& calendar);
 

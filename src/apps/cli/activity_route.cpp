@@ -25,8 +25,7 @@ ActivityRoute storedRoute(std::int64_t workout, Application& application) {
         }
         std::ranges::move(document->segments, std::back_inserter(segments));
     }
-    std::ranges::sort(segments, {},
-                             [](const GPXSegment& segment) { return segment.points.front().timestamp; });
+    std::ranges::sort(segments, {}, [](const GPXSegment& segment) { return segment.points.front().timestamp; });
     for (const GPXSegment& segment : segments) {
         route.points.insert(route.points.end(), segment.points.begin(), segment.points.end());
     }

@@ -1,6 +1,7 @@
 #include "apps/cli/application.h"
 
 #include "apps/cli/companion.h"
+#include "apps/cli/engagement.h"
 #include "apps/cli/health.h"
 #include "apps/cli/insights.h"
 #include "apps/cli/moment.h"
@@ -8,6 +9,7 @@
 #include "insights/pace_days.h"
 #include "linux/health/health_administration.h"
 #include "linux/system/clocks.h"
+#include "linux/system/private_folder.h"
 #include "platform/language_habits.h"
 
 #include <unistd.h>
@@ -20,12 +22,6 @@ constexpr std::string_view linuxSettingsKey = "linuxSettings";
 
 Task<> ending(CancellableTask task) {
     co_await task.finished();
-}
-
-Task<> refreshed(HealthKitManager& manager, WidgetUpdater& updater) {
-    co_await manager.ensureAuthorization();
-    co_await manager.refreshToday();
-    co_await updater.finished();
 }
 
 /// An absolute path in the environment, as it asks for folders to be given.
@@ -81,10 +77,16 @@ Application::Application(const GlobalOptions& options, std::filesystem::path fol
       text_(catalogue_),
       defaults_(folder_, access == Access::readWrite ? SqliteDefaults::Access::readWrite
                                                      : SqliteDefaults::Access::readOnly),
+      widgets_(folder_),
       settings_(defaults_, json_, locale_),
       documents_(defaults_) {}
 
 Application::~Application() = default;
+
+void Application::hold() {
+    if (isWriting()) makePrivateFolder(folder_);  // where that fails, the first who writes tells why
+    use_ = FolderUse::among(folder_);
+}
 
 void Application::finish(CancellableTask task) {
     loop_.run(ending(std::move(task)));
@@ -170,7 +172,7 @@ CommandResult<Companion*> Application::companion() {
     if (!opened) return std::unexpected(opened.error());
     if (!companion_) {
         companion_ = std::make_unique<Companion>(
-            CompanionSurroundings{loop_, *clock_, defaults_, settings_, log_, (*opened)->manager});
+            CompanionSurroundings{loop_, *clock_, defaults_, settings_, log_, (*opened)->manager, widgets_});
     }
     return companion_.get();
 }
@@ -206,9 +208,22 @@ CommandResult<Water*> Application::water() {
     if (!water_) {
         Health& health = **opened;
         water_ = std::make_unique<Water>(WaterSurroundings{loop_, *clock_, health.store, health.manager.reads(),
-                                                           defaults_, settings_, log_, horizon()});
+                                                           defaults_, settings_, log_, widgets_, horizon()});
     }
     return water_.get();
+}
+
+Engagement& Application::engagement() {
+    if (!engagement_) {
+        const auto addresses = [this] {
+            const LinuxSettings settings = linuxSettings();
+            return StoreAddresses{settings.updateAddress.text(), settings.updatePage.text(),
+                                  settings.reviewPage.text()};
+        };
+        engagement_ = std::make_unique<Engagement>(
+            EngagementSurroundings{loop_, *clock_, json_, settings_, defaults_, log_, addresses});
+    }
+    return *engagement_;
 }
 
 CommandResult<void> Application::forgetChangedDays() {
@@ -227,21 +242,29 @@ CommandResult<void> Application::forgetChangedDays() {
 }
 
 CommandResult<void> Application::refresh() {
+    return loop_.run(refreshing());
+}
+
+Task<CommandResult<void>> Application::refreshing() {
     const auto opened = companion();
-    if (!opened) return std::unexpected(opened.error());
-    if (const auto forgotten = forgetChangedDays(); !forgotten) return forgotten;
+    if (!opened) co_return std::unexpected(opened.error());
+    if (const auto forgotten = forgetChangedDays(); !forgotten) co_return forgotten;
     const auto meaning = insights();
-    if (!meaning) return std::unexpected(meaning.error());
+    if (!meaning) co_return std::unexpected(meaning.error());
     const auto badges = achievements();
-    if (!badges) return std::unexpected(badges.error());
+    if (!badges) co_return std::unexpected(badges.error());
     const auto drinks = water();
-    if (!drinks) return std::unexpected(drinks.error());
-    loop_.run(refreshed(health_->manager, (*opened)->updater));
-    loop_.run((*drinks)->manager.refresh());
-    loop_.run((*badges)->evaluate());
-    if (const auto reading = (*meaning)->pace.refresh(health_->manager)) finish(*reading);
-    loop_.run((*meaning)->recap.checkForRecap());
-    return commandResult(loop_.run((*badges)->remember()));
+    if (!drinks) co_return std::unexpected(drinks.error());
+    co_await health_->manager.ensureAuthorization();
+    co_await health_->manager.refreshToday();
+    co_await (*opened)->updater.finished();
+    co_await (*drinks)->manager.refresh();
+    co_await (*badges)->evaluate();
+    const auto reading = (*meaning)->pace.refresh(health_->manager);
+    if (reading) co_await reading->finished();
+    co_await (*meaning)->recap.checkForRecap();
+    const DefaultsResult remembered = co_await (*badges)->remember();
+    co_return commandResult(remembered);
 }
 
 }  // namespace pedvar

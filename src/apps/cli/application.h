@@ -8,6 +8,7 @@
 #include "apps/cli/linux_settings.h"
 #include "apps/cli/screen.h"
 #include "health/settings_store.h"
+#include "linux/backup/data_folder.h"
 #include "linux/system/absent_services.h"
 #include "linux/system/event_loop.h"
 #include "linux/system/gettext_texts.h"
@@ -17,6 +18,7 @@
 #include "linux/system/sqlite_defaults.h"
 #include "linux/system/sqlite_document_parts.h"
 #include "linux/system/system_log.h"
+#include "linux/system/widget_reloads.h"
 #include "platform/clock.h"
 #include "recording/session_history.h"
 
@@ -30,6 +32,7 @@
 namespace pedvar {
 
 class Companion;
+class Engagement;
 class Health;
 struct Insights;
 class Water;
@@ -44,7 +47,14 @@ public:
     static CommandResult<std::unique_ptr<Application>> open(const GlobalOptions& options, Access access);
     ~Application();
 
+    const GlobalOptions& options() const { return options_; }
+    /// Lets nobody put another folder in the place of this one while the application lives. One that writes makes
+    /// it where there is none.
+    void hold();
+
     bool isWriting() const { return access_ == Access::readWrite; }
+    /// Whether things are looked at from another moment than the present.
+    bool looksFromElsewhere() const { return options_.now.has_value(); }
     bool wantsJson() const { return options_.format == OutputFormat::json; }
     const std::filesystem::path& folder() const { return folder_; }
     /// In the language that the preferences name now, so that a change is followed while the program runs. Ask
@@ -55,9 +65,15 @@ public:
     std::string_view languageCode() const;
     const Clock& clock() const { return *clock_; }
     EventLoop& loop() { return loop_; }
+    const Locale& locale() const { return locale_; }
+    const ZoneRules& zone() const { return *zone_.rules; }
+    PlatformLog& log() { return log_; }
     SqliteDefaults& defaults() { return defaults_; }
+    DocumentParts& documents() { return documents_; }
     const JsonParser& json() const { return json_; }
+    WidgetCenter& widgets() { return widgets_; }
     SettingsStore& settings() { return settings_; }
+    Calendar calendar() const { return settings_.calendar(); }
     Day today() const { return settings_.calendar().day(clock_->now()); }
 
     LinuxSettings linuxSettings() const;
@@ -93,9 +109,13 @@ public:
     /// The manager of drinks with what it needs.
     CommandResult<Water*> water();
 
+    /// What asks the person, and tells of updates.
+    Engagement& engagement();
+
     /// What follows each change: what was derived from days that have changed since is forgotten; today's totals,
     /// badges, the usual day and the suite that widgets read are made anew.
     CommandResult<void> refresh();
+    Task<CommandResult<void>> refreshing();
 
 private:
     Application(const GlobalOptions& options, std::filesystem::path folder, ProcessZone zone,
@@ -108,6 +128,7 @@ private:
 
     GlobalOptions options_;
     std::filesystem::path folder_;
+    std::optional<FolderUse> use_;
     Access access_;
     ProcessZone zone_;
     std::unique_ptr<const Clock> clock_;
@@ -118,6 +139,7 @@ private:
     SystemLog log_;
     EventLoop loop_;
     SqliteDefaults defaults_;
+    FollowedWidgets widgets_;
     SettingsStore settings_;
     SqliteDocumentParts documents_;
     std::optional<SessionHistory> sessions_;  // read when first asked for
@@ -126,6 +148,7 @@ private:
     std::unique_ptr<Insights> insights_;
     std::unique_ptr<AchievementsStore> achievements_;
     std::unique_ptr<Water> water_;
+    std::unique_ptr<Engagement> engagement_;
     std::vector<Achievement> newBadges_;
     Subscription badgeNews_;
 };

@@ -21,13 +21,18 @@ namespace {
 struct Grammar {
     CLI::App& app;
     Request& chosen;
+    std::span<const char* const> arguments;
+    bool isForHelp;
 
-    /// Adds a command whose arguments `describe` binds to a request.
+    /// Adds a command whose arguments `describe` binds to a request. One that is not named would only take time,
+    /// but in the list of all commands.
     template <class Wanted, class Describe>
     void command(const std::string& name, const std::string& summary, Describe describe) {
+        const bool isNamed = std::ranges::find(arguments, name) != arguments.end();
+        if (!isNamed && !isForHelp) return;
         CLI::App& command = *app.add_subcommand(name, summary);
         const auto request = std::make_shared<Wanted>();
-        describe(command, *request);
+        if (isNamed) describe(command, *request);
         command.fallthrough();
         command.callback([this, request] { chosen = std::move(*request); });
     }
@@ -83,18 +88,64 @@ void describeActivities(Grammar& grammar) {
         });
 }
 
+void describeKeeping(Grammar& grammar) {
+    grammar.command<BackupRequest>(
+        "backup", "Keep all data in one file", [](CLI::App& command, BackupRequest& request) {
+            command.add_option("FILE", request.file, "The file to write, a zip archive")->required();
+            command.add_flag("--force", request.isForced, "Replace the file when it is there");
+        });
+    grammar.command<RestoreRequest>("restore", "Put the data of a backup in the place of yours",
+                                    [](CLI::App& command, RestoreRequest& request) {
+                                        command.add_option("FILE", request.file, "The backup")->required();
+                                    });
+    grammar.command<ExportDaysRequest>(
+        "export-days", "Write all days as a table", [](CLI::App& command, ExportDaysRequest& request) {
+            command.add_option("FILE", request.file, "The CSV file to write")->required();
+            command.add_flag("--force", request.isForced, "Replace the file when it is there");
+        });
+}
+
+void describeRecording(Grammar& grammar) {
+    grammar.command<RecordRequest>(
+        "record", "Record a walk, run, hike or ride", [](CLI::App& command, RecordRequest& request) {
+            command.add_option("TYPE", request.type, "walk, run, hike or cycle");
+            CLI::Option* const finish = command.add_flag_callback(
+                "--finish", [&request] { request.finish = RecordRequest::Finish::yes; },
+                "Put a recording that was left into the history");
+            CLI::Option* const gpsd =
+                command.add_option("--gpsd", request.gpsd, "Where gpsd answers; localhost:2947 without it")
+                    ->type_name("HOST:PORT");
+            CLI::Option* const replay =
+                command.add_option("--replay", request.replay, "Play a GPX file back instead of receiving")
+                    ->type_name("FILE")
+                    ->excludes(finish)
+                    ->excludes(gpsd);
+            command.add_option("--speed", request.speed, "Of the replay: 1, 10 or max; max without it")
+                ->needs(replay);
+            command
+                .add_flag_callback(
+                    "--save", [&request] { request.save = RecordRequest::Save::yes; },
+                    "Put the replay into the history")
+                ->needs(replay);
+        });
+}
+
 void describeCommands(Grammar& grammar) {
     grammar.command<ImportRequest>(
         "import", "Read a phone's health export, or an activity from GPX",
         [](CLI::App& command, ImportRequest& request) {
-            command
-                .add_option("FILE", request.paths,
-                            "The XML document, the zip or the unpacked folder; or a GPX file")
-                ->required();
+            CLI::Option* const files = command.add_option(
+                "FILE", request.paths, "The XML document, the zip or the unpacked folder; or a GPX file");
             command
                 .add_option("--as", request.activityType,
                             "What the activity of a GPX file was: walk, run, hike or cycle")
                 ->type_name("TYPE");
+            CLI::Option* const undo = command.add_flag("--undo", request.isUndo,
+                                                       "Take back what the last import of an export has added");
+            undo->excludes(files);
+            command.parse_complete_callback([files, undo] {
+                if (files->empty() && undo->empty()) throw CLI::RequiredError("FILE");
+            });
         });
     grammar.command<TodayRequest>("today", "Today's steps, the goal and the streak");
     grammar.command<DayRequest>("day", "One day with its hours", [](CLI::App& command, DayRequest& request) {
@@ -130,6 +181,7 @@ void describeCommands(Grammar& grammar) {
     grammar.command<RecapRequest>("recap", "What a month was", [](CLI::App& command, RecapRequest& request) {
         command.add_option("MONTH", request.month, "YYYY-MM; the month that has ended last without it");
     });
+    describeRecording(grammar);
     describeActivities(grammar);
     grammar.command<AwardsRequest>(
         "awards", "Badges, and how far the next ones are", [](CLI::App& command, AwardsRequest& request) {
@@ -156,6 +208,12 @@ void describeCommands(Grammar& grammar) {
             command.add_option("--rename", request.newName, "Its new name")->type_name("NAME");
             command.add_flag("--default", request.isDefault, "Drink from it when none is named");
             command.add_flag("--remove", request.isRemoval, "Remove it");
+        });
+    grammar.command<WidgetRequest>(
+        "widget", "Today as one line for a status bar", [](CLI::App& command, WidgetRequest& request) {
+            command.add_option("--format", request.format, "plain, waybar, i3blocks or json; plain without it")
+                ->type_name("NAME");
+            command.add_flag("--follow", request.follows, "Stay, and print a new line when something has changed");
         });
     grammar.command<GoalRequest>(
         "goal", "Show or set the daily goal", [](CLI::App& command, GoalRequest& request) {
@@ -193,6 +251,24 @@ void describeCommands(Grammar& grammar) {
                 "--rebuild", [&request] { request.repair = DoctorRequest::Repair::rebuildTotals; },
                 "Make the stored totals anew");
         });
+    grammar.command<WatchRequest>("watch", "Stay: count steps, keep widgets up to date, and tell of the day");
+    grammar.command<UpdateRequest>(
+        "update", "Whether there is a newer Pedvar", [](CLI::App& command, UpdateRequest& request) {
+            using enum UpdateRequest::Action;
+            const auto action = [&](const char* name, UpdateRequest::Action wanted, const char* summary) {
+                return command.add_flag_callback(name, [&request, wanted] { request.action = wanted; }, summary);
+            };
+            CLI::Option* const asking = action("--check", check, "Ask for the newest version now");
+            CLI::Option* const opening = action("--open", open, "Open its page in the browser")->excludes(asking);
+            action("--dismiss", dismiss, "Do not tell of this version again")->excludes(asking)->excludes(opening);
+        });
+    describeKeeping(grammar);
+}
+
+bool asksForHelp(std::span<const char* const> arguments) {
+    return std::ranges::any_of(arguments, [](std::string_view argument) {
+        return argument == "--help" || (argument.starts_with('-') && argument.find('h') == 1);
+    });
 }
 
 /// The command given, or the program itself.
@@ -236,13 +312,19 @@ struct Writing {
     bool operator()(const WeightRequest& weight) const { return weight.value.has_value(); }
     bool operator()(const HeightRequest& height) const { return height.value.has_value(); }
     bool operator()(const ProfileRequest& profile) const { return profile.value.has_value(); }
+    bool operator()(const RecordRequest&) const { return true; }
     bool operator()(const ImportRequest&) const { return true; }
+    bool operator()(const RestoreRequest&) const { return true; }
     bool operator()(const GoalRequest& goal) const { return goal.goal.has_value(); }
     bool operator()(const WaterRequest& water) const { return isDrink(water) || water.undo; }
     bool operator()(const ContainersRequest& containers) const { return containers.name.has_value(); }
     bool operator()(const SettingsRequest& settings) const { return settings.value.has_value(); }
     bool operator()(const SourcesRequest& sources) const { return !sources.order.empty(); }
     bool operator()(const DoctorRequest& doctor) const { return doctor.repair != DoctorRequest::Repair::none; }
+    bool operator()(const WatchRequest&) const { return true; }
+    bool operator()(const UpdateRequest& update) const {
+        return update.action == UpdateRequest::Action::check || update.action == UpdateRequest::Action::dismiss;
+    }
     bool operator()(const ActivityRequest& activity) const {
         return activity.type || activity.deletion != ActivityRequest::Deletion::none;
     }
@@ -257,7 +339,7 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
     line.global.format = formatOf(arguments);  // what stands before it may end the reading
     CLI::App app("Steps, walks and goals from your own data.", "pedvar");
     Request request;
-    Grammar grammar{app, request};
+    Grammar grammar{app, request, arguments, asksForHelp(arguments)};
 
     app.set_version_flag("--version", "pedvar " PEDVAR_VERSION, "Print the version and end");
     app.set_help_flag("-h,--help", "Print this text and end");
@@ -314,6 +396,15 @@ OutputFormat formatOf(std::span<const char* const> arguments) {
         return argument == "--json" || argument == "--json=true";
     };
     return std::ranges::any_of(arguments, isJson) ? OutputFormat::json : OutputFormat::screen;
+}
+
+bool needsSettings(const Request& request) {
+    return !std::holds_alternative<DoctorRequest>(request) && !std::holds_alternative<WidgetRequest>(request) &&
+           !std::holds_alternative<RestoreRequest>(request);
+}
+
+bool needsFolder(const Request& request) {
+    return !std::holds_alternative<WidgetRequest>(request) && !std::holds_alternative<RestoreRequest>(request);
 }
 
 bool isWriting(const Request& request, const GlobalOptions& options) {

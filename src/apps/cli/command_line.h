@@ -24,6 +24,18 @@ struct GlobalOptions {
 struct ImportRequest {
     std::vector<std::string> paths;
     std::optional<std::string> activityType;  // of the GPX files among them
+    bool isUndo = false;                      // of the last import
+};
+struct BackupRequest {
+    std::string file;
+    bool isForced = false;
+};
+struct RestoreRequest {
+    std::string file;
+};
+struct ExportDaysRequest {
+    std::string file;
+    bool isForced = false;
 };
 struct RouteRequest {
     enum class Detail { summary, points };
@@ -75,6 +87,10 @@ struct ContainersRequest {
     bool isDefault = false;
     bool isRemoval = false;
 };
+struct WidgetRequest {
+    std::optional<std::string> format;
+    bool follows = false;
+};
 struct GoalRequest {
     std::optional<std::string> goal;
 };
@@ -115,12 +131,29 @@ struct DoctorRequest {
     enum class Repair { none, rebuildTotals };
     Repair repair = Repair::none;
 };
+struct UpdateRequest {
+    enum class Action { show, check, open, dismiss };
+    Action action = Action::show;
+};
+struct RecordRequest {
+    enum class Finish { no, yes };
+    enum class Save { no, yes };
+    std::optional<std::string> type;
+    Finish finish = Finish::no;
+    std::optional<std::string> gpsd;
+    std::optional<std::string> replay;
+    std::string speed = "max";
+    Save save = Save::no;
+};
+struct WatchRequest {};
 
 using Request =
     std::variant<ImportRequest, TodayRequest, DayRequest, WeekRequest, MonthRequest, StreaksRequest, PaceRequest,
                  RankRequest, CompareRequest, CalendarRequest, RecapRequest, ActivitiesRequest, ActivityRequest,
-                 RouteRequest, ExportRequest, AwardsRequest, WaterRequest, ContainersRequest, GoalRequest,
-                 WeightRequest, HeightRequest, ProfileRequest, SettingsRequest, SourcesRequest, DoctorRequest>;
+                 RouteRequest, ExportRequest, RecordRequest, WatchRequest, AwardsRequest, WaterRequest,
+                 ContainersRequest, WidgetRequest, GoalRequest, WeightRequest, HeightRequest, ProfileRequest,
+                 SettingsRequest, SourcesRequest, DoctorRequest, UpdateRequest, BackupRequest, RestoreRequest,
+                 ExportDaysRequest>;
 
 /// Asked for with `--help` or `--version`.
 struct Information {
@@ -148,6 +181,12 @@ OutputFormat formatOf(std::span<const char* const> arguments);
 inline bool isDrink(const WaterRequest& request) {
     return request.amount || request.drink || request.container;
 }
+
+/// Whether the command needs the settings, and ends when they cannot be read.
+bool needsSettings(const Request& request);
+
+/// Whether the command needs the data folder to stay in its place while it runs.
+bool needsFolder(const Request& request);
 
 /// Whether the command changes what is stored.
 bool isWriting(const Request& request, const GlobalOptions& options = {});

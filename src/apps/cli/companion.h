@@ -16,6 +16,7 @@ struct CompanionSurroundings {
     SettingsStore& settings;
     PlatformLog& log;
     HealthKitManager& health;
+    WidgetCenter& widgets;
 };
 
 /// The managers beside the health store, in the order in which they need each other.
@@ -23,13 +24,13 @@ class Companion {
 public:
     explicit Companion(const CompanionSurroundings& with)
         : group_(with.defaults, with.clock, with.log),
-          preferencesSync(with.settings, group_, cloud_, widgets_),
-          updater(with.executor, with.health, with.settings, group_, preferencesSync, cloud_, watch_, widgets_) {}
+          preferencesSync(with.settings, group_, cloud_, with.widgets),
+          updater(with.executor, with.health, with.settings, group_, preferencesSync, cloud_, watch_,
+                  with.widgets) {}
 
 private:
     NoCloudSettings cloud_;
     NoWatchLink watch_;
-    NoWidgets widgets_;
     AppGroupManager group_;
 
 public:

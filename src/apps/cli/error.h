@@ -37,6 +37,14 @@ enum class ErrorKind {
     unwritable,         // a file, folder or file system cannot be written
     full,               // no space left
     busy,               // another process kept writing for too long
+    noAddress,          // the settings have no address of what was asked for
+    checkFailed,        // who knows the newest version could not be asked, or did not say
+    noUpdate,           // no update is known
+    noBrowser,          // nothing opens a page
+    alreadyRecording,   // another process records
+    otherRecording,     // a recording of another kind is not finished
+    alreadyWatching,    // another process watches
+    nothingRecorded,    // there is no recording to finish
     unsound,            // the doctor found something; the document tells what
     failed,             // anything else
 };

@@ -58,7 +58,7 @@ CommandError withoutPoints(const std::string& path) {
     return errorOf(failure, path);
 }
 
-CommandResult<GPXDocument> readGPXFile(const std::string& path, Date now) {
+CommandResult<GPXDocument> readGPXFile(const std::string& path, Date now, GPXReadings readings) {
     const auto file = openFile(path);
     if (!file) {
         if (file.error().kind != ImportError::Kind::notFound) return std::unexpected(errorOf(file.error()));
@@ -70,7 +70,7 @@ CommandResult<GPXDocument> readGPXFile(const std::string& path, Date now) {
         if (!count) problem = count.error();
         return count.value_or(0);
     };
-    auto document = GPXXMLParser(source, now, (*file)->size()).parse(ExpatParser());
+    auto document = GPXXMLParser(source, now, (*file)->size(), readings).parse(ExpatParser());
     if (problem) return std::unexpected(errorOf(*problem));
     if (!document) return std::unexpected(errorOf(document.error(), path));
     return std::move(*document);

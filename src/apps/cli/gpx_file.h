@@ -13,7 +13,8 @@ namespace pedvar {
 bool isGPXFile(const std::string& path);
 
 /// Reads a file. One without points is no failure; points without a time have the moment `now`.
-CommandResult<GPXDocument> readGPXFile(const std::string& path, Date now);
+CommandResult<GPXDocument> readGPXFile(const std::string& path, Date now,
+                                       GPXReadings readings = GPXReadings::assumed);
 
 /// Why a file without points is no route.
 CommandError withoutPoints(const std::string& path);

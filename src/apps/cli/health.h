@@ -4,7 +4,6 @@
 #include "health/health_diagnostics.h"
 #include "health/health_kit_manager.h"
 #include "linux/health/sqlite_health_store.h"
-#include "linux/system/absent_services.h"
 
 #include <filesystem>
 
@@ -21,6 +20,16 @@ struct HealthSurroundings {
     std::size_t threadCount = 0;  // of the store; without any, it answers on the thread that asks
 };
 
+/// Passes on how the goal is coming along.
+class StepGoalNews : public StepGoalNotifications {
+public:
+    Event<std::int64_t, std::int64_t> progressed;
+
+    void goalProgressed(std::int64_t todaySteps, std::int64_t dailyGoal) override {
+        progressed.notify(todaySteps, dailyGoal);
+    }
+};
+
 /// The objects from the store's file up to its manager, in the order in which they need each other.
 class Health {
 public:
@@ -30,14 +39,14 @@ public:
                 surroundings.threadCount),
           diagnostics_(surroundings.log),
           manager(surroundings.executor, surroundings.clock, store, surroundings.settings, diagnostics_,
-                  notifications_) {}
+                  goalNews) {}
 
     HealthDatabase database;
     SqliteHealthStore store;
+    StepGoalNews goalNews;
 
 private:
     HealthDiagnostics diagnostics_;
-    NoStepGoalNotifications notifications_;
 
 public:
     HealthKitManager manager;

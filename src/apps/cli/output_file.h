@@ -22,6 +22,9 @@ public:
     OutputFile& operator=(OutputFile&&) = delete;
     ~OutputFile();
 
+    /// Where it is written, for those who do not write it through `write`.
+    const std::filesystem::path& unfinished() const { return unfinished_; }
+
     /// A failure is told by `keep`.
     void write(std::string_view text);
     CommandResult<void> keep();

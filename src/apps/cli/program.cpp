@@ -77,9 +77,10 @@ CommandResult<Report> answer(std::span<const char* const> arguments, const TextC
     if (!opened) return std::unexpected(opened.error());
     application = std::move(*opened);
     if (const auto& warning = application->warning()) tell(warning->in(words));
-    const auto problems = application->defaults().problems();
-    if (!problems.empty() && !std::holds_alternative<DoctorRequest>(request)) {
-        return std::unexpected(errorOf(problems.front()));
+    if (needsFolder(request)) application->hold();
+    if (needsSettings(request)) {
+        const auto problems = application->defaults().problems();
+        if (!problems.empty()) return std::unexpected(errorOf(problems.front()));
     }
     return std::visit([&](const auto& wanted) { return run(wanted, *application); }, request);
 }

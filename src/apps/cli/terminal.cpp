@@ -159,6 +159,20 @@ std::string harmless(std::string_view foreign) {
     return result;
 }
 
+std::string finished(std::string_view screen, int descriptor) {
+    std::string result;
+    for (const char character : screen) {
+        if (character == '\n') result.erase(result.find_last_not_of(' ') + 1);
+        result += character;
+    }
+    return terminalBehind(descriptor, ColorOutput::never).charset == Charset::ascii ? toAscii(result) : result;
+}
+
+void tell(std::string_view message) {
+    const std::string line = finished("pedvar: " + harmless(message) + "\n", STDERR_FILENO);
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
 std::size_t columns(std::string_view text) {
     std::size_t count = 0;
     for (; !text.empty(); text.remove_prefix(firstCharacter(text).size())) ++count;

@@ -44,6 +44,12 @@ std::string toAscii(std::string_view screen);
 /// Text that others wrote, safe to show: without control characters, so that it cannot steer the terminal.
 std::string harmless(std::string_view foreign);
 
+/// `screen` as the terminal behind `descriptor` shows it: without blanks at the ends of lines.
+std::string finished(std::string_view screen, int descriptor);
+
+/// Writes a line to standard error, in the name of the program.
+void tell(std::string_view message);
+
 /// Columns that UTF-8 text takes where every character takes one.
 std::size_t columns(std::string_view text);
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "hydration/hydration_manager.h"
-#include "linux/system/absent_services.h"
 #include "linux/system/system_random.h"
 
 #include <optional>
@@ -18,6 +17,7 @@ struct WaterSurroundings {
     DefaultsDomains& defaults;
     const SettingsStore& settings;
     PlatformLog& log;
+    WidgetCenter& widgets;
     std::optional<Date> horizon;  // what lies behind it is not looked at
 };
 
@@ -25,12 +25,11 @@ struct WaterSurroundings {
 class Water {
 public:
     explicit Water(const WaterSurroundings& with)
-        : group(with.defaults, with.clock, widgets_, with.log),
+        : group(with.defaults, with.clock, with.widgets, with.log),
           manager(with.executor, with.clock, with.healthStore, with.reads, with.defaults, with.settings, random_,
                   group, with.horizon) {}
 
 private:
-    NoWidgets widgets_;
     SystemRandom random_;
 
 public:

@@ -222,6 +222,53 @@ StoreResult<> changeTotals(HealthDatabase& database, const std::function<StoreRe
     return changed ? SampleWriter(database).refreshTotals(progress) : changed;
 }
 
+/// What is removed of a day of one series.
+struct RemovedSamples {
+    Span extent;
+    Milliseconds lastStart;
+};
+using RemovedDays = std::map<std::pair<std::int32_t, DayNumber>, RemovedSamples>;
+
+RemovedDays daysOfImport(Connection& connection, std::int64_t import) {
+    RemovedDays days;
+    const SeriesNames cumulative = cumulativeSeries(connection);
+    Rows rows = connection.query("SELECT series, start, duration FROM samples WHERE import = ?", import);
+    while (rows.next()) {
+        const auto series = static_cast<std::int32_t>(rows.integer(0));
+        if (!cumulative.contains(series)) continue;
+        const Milliseconds start = rows.integer(1);
+        const Span span = countedSpan({start, start + rows.integer(2)});
+        auto& [extent, lastStart] =
+            days.try_emplace({series, dayOf(start)}, RemovedSamples{span, start}).first->second;
+        extent = {std::min(extent.start, span.start), std::max(extent.end, span.end)};
+        lastStart = std::max(lastStart, start);
+    }
+    return days;
+}
+
+UndoneImport remove(Connection& connection, std::int64_t import) {
+    UndoneImport undone;
+    undone.begun = dateOfMilliseconds(connection.number("SELECT begun FROM imports WHERE number = ?", import));
+    const RemovedDays days = daysOfImport(connection, import);
+    undone.samples = connection.run("DELETE FROM samples WHERE import = ?", import);
+    constexpr const char* ofWorkouts =
+        "DELETE FROM {} WHERE workout IN (SELECT id FROM workouts WHERE import = ?)";
+    connection.run(fmt::format(ofWorkouts, "workout_statistics"), import);
+    connection.run(fmt::format(ofWorkouts, "workout_metadata"), import);
+    undone.routes = connection.run("DELETE FROM workout_routes WHERE import = ?", import);
+    undone.workouts = connection.run("DELETE FROM workouts WHERE import = ?", import);
+    undone.sources = connection.run(
+        "DELETE FROM sources WHERE import = ? AND id NOT IN (SELECT source FROM samples) "
+        "AND id NOT IN (SELECT source FROM workouts)",
+        import);
+    connection.run("DELETE FROM imports WHERE number = ?", import);
+    TotalsKeeper totals(connection);
+    for (const auto& [day, removed] : days) {
+        totals.markStale(day.first, day.second, removed.extent, removed.lastStart);
+    }
+    return undone;
+}
+
 }  // namespace
 
 StoreResult<bool> HealthAdministration::isConnected() const {
@@ -310,6 +357,22 @@ StoreResult<StoreExamination> HealthAdministration::examine() const {
     });
     if (examination) examination->permissions = loosePermissions(database_.path().parent_path());
     return examination;
+}
+
+StoreResult<std::optional<UndoneImport>> HealthAdministration::undoImport(
+    const std::function<bool(double)>& progress) {
+    std::optional<UndoneImport> undone;
+    const auto change = [&](Connection& connection) -> StoreResult<> {
+        Rows last = connection.query("SELECT number FROM imports WHERE has_added ORDER BY number DESC LIMIT 1");
+        if (last.next()) undone = remove(connection, last.integer(0));
+        return {};
+    };
+    const auto exists = database_.verify();
+    if (!exists) return std::unexpected(exists.error());
+    if (!*exists) return undone;
+    if (auto changed = changeTotals(database_, change, progress); !changed)
+        return std::unexpected(changed.error());
+    return undone;
 }
 
 StoreResult<> HealthAdministration::rebuildTotals(const std::function<bool(double)>& progress) {

@@ -53,6 +53,15 @@ struct StoreExamination {
     std::vector<LoosePermissions> permissions;
 };
 
+/// What was taken back of an import.
+struct UndoneImport {
+    Date begun;  // when the import began
+    std::int64_t samples = 0;
+    std::int64_t workouts = 0;
+    std::int64_t routes = 0;
+    std::int64_t sources = 0;
+};
+
 /// By type, joined days of 24 hours UTC each, in order.
 using ChangedDays = std::map<std::string, std::vector<Interval>, std::less<>>;
 
@@ -78,6 +87,11 @@ public:
     /// Hands them to `act` while nobody changes more of them, and forgets them when it succeeds. Calls nobody when
     /// there are none.
     StoreResult<> settleChangedDays(const std::function<bool(const ChangedDays&)>& act);
+
+    /// Takes back what the last import has added that added something: samples and workouts with their routes, and
+    /// sources that nothing is of any more; none where there is no such import. An import that still runs ends
+    /// with an error. `progress` as in SampleWriter::refreshTotals.
+    StoreResult<std::optional<UndoneImport>> undoImport(const std::function<bool(double)>& progress = {});
 
     /// Looks at everything and changes nothing; takes seconds for a large store.
     StoreResult<StoreExamination> examine() const;

@@ -1,9 +1,10 @@
 #include "linux/health/health_database.h"
 
+#include "linux/system/private_folder.h"
+
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,7 +16,7 @@ namespace pedvar {
 namespace {
 
 constexpr std::int64_t applicationId = 0x50647672;  // "Pdvr"
-constexpr std::int64_t schemaVersion = 1;
+constexpr std::int64_t schemaVersion = 2;
 
 /// Moments and durations are in milliseconds, moments since 2001-01-01 UTC. A sample's whole content is its key,
 /// so that a second copy of it cannot be.
@@ -24,6 +25,8 @@ constexpr std::int64_t schemaVersion = 1;
 /// stale; a day without a row has no samples. `changed_days` has those whose sums are no longer what others may
 /// have made of them; what is in `derived` was made of sums before `until`, and goes when one of them changes.
 /// `state` counts the changes of a series.
+///
+/// `import` is the number of the import that has added a row, which takes a byte or two a sample.
 constexpr const char* schema = R"(
     CREATE TABLE series (
         id INTEGER PRIMARY KEY,
@@ -38,9 +41,10 @@ constexpr const char* schema = R"(
         name TEXT NOT NULL,
         hardware TEXT NOT NULL,
         position INTEGER NOT NULL,
+        import INTEGER,
         UNIQUE (kind, name, hardware));
     CREATE TABLE samples (
-        series INTEGER, start INTEGER, duration INTEGER, source INTEGER, value,
+        series INTEGER, start INTEGER, duration INTEGER, source INTEGER, value, import INTEGER,
         PRIMARY KEY (series, start, duration, source, value)) WITHOUT ROWID;
     CREATE INDEX long_samples ON samples (series, start) WHERE duration > 14400000;
     CREATE TABLE totals (
@@ -58,6 +62,7 @@ constexpr const char* schema = R"(
         duration REAL NOT NULL,
         distance REAL,
         active_energy REAL,
+        import INTEGER,
         UNIQUE (start, end, activity, source));
     CREATE TABLE workout_statistics (
         workout INTEGER, type TEXT, unit TEXT, sum REAL, average REAL, minimum REAL, maximum REAL,
@@ -67,7 +72,20 @@ constexpr const char* schema = R"(
         PRIMARY KEY (workout, key)) WITHOUT ROWID;
     CREATE TABLE workout_routes (
         workout INTEGER NOT NULL, name TEXT NOT NULL, size INTEGER NOT NULL, deflated BLOB NOT NULL,
+        import INTEGER,
         UNIQUE (workout, name));
+    CREATE TABLE imports (
+        number INTEGER PRIMARY KEY, begun INTEGER NOT NULL, has_added INTEGER NOT NULL DEFAULT 0);
+)";
+
+/// From a store of version 1. Rows that are there belong to no import that could be taken back.
+constexpr const char* rememberImports = R"(
+    ALTER TABLE sources ADD COLUMN import INTEGER;
+    ALTER TABLE samples ADD COLUMN import INTEGER;
+    ALTER TABLE workouts ADD COLUMN import INTEGER;
+    ALTER TABLE workout_routes ADD COLUMN import INTEGER;
+    CREATE TABLE imports (
+        number INTEGER PRIMARY KEY, begun INTEGER NOT NULL, has_added INTEGER NOT NULL DEFAULT 0);
 )";
 
 enum class Content { store, nothing };
@@ -100,13 +118,15 @@ void useWriteAheadLog(Connection& connection, std::chrono::milliseconds patience
     }
 }
 
-void createTables(Connection& connection) {
+/// Makes the tables as they are to be, unless they are.
+void prepareTables(Connection& connection) {
+    if (connection.number("PRAGMA user_version") == schemaVersion) return;
     Transaction transaction(connection, Transaction::Kind::write);
-    if (connection.number("PRAGMA user_version") == 0) {  // nobody was faster
-        connection.runScript(schema);
-        connection.runScript(fmt::format("PRAGMA application_id = {}", applicationId).c_str());
-        connection.runScript(fmt::format("PRAGMA user_version = {}", schemaVersion).c_str());
-    }
+    const std::int64_t version = connection.number("PRAGMA user_version");  // nobody may have been faster
+    if (version == 0) connection.runScript(schema);
+    if (version == 1) connection.runScript(rememberImports);
+    connection.runScript(fmt::format("PRAGMA application_id = {}", applicationId).c_str());
+    connection.runScript(fmt::format("PRAGMA user_version = {}", schemaVersion).c_str());
     transaction.commit();
 }
 
@@ -114,13 +134,6 @@ std::uintmax_t sizeOf(const std::filesystem::path& path) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
     return error ? 0 : size;
-}
-
-/// Makes the folder and those above it that are missing, for their owner only.
-bool makeFolder(const std::filesystem::path& folder) {
-    std::error_code error;
-    if (folder.empty() || std::filesystem::is_directory(folder, error)) return true;
-    return makeFolder(folder.parent_path()) && (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST);
 }
 
 }  // namespace
@@ -173,7 +186,7 @@ StoreResult<Connection> HealthDatabase::connectForWriting() {
         if (!held) return std::unexpected(held.error());
         useWriteAheadLog(connection, patience_);
         connection.runScript("PRAGMA synchronous = NORMAL; PRAGMA cache_size = -16384");
-        if (*held == Content::nothing) createTables(connection);
+        prepareTables(connection);
         return connection;
     });
 }
@@ -182,13 +195,14 @@ StoreResult<> HealthDatabase::createFile() {
     // The file is made before SQLite sees it, which would let others read it. Nobody has locks on it yet that
     // closing it would take away.
     const std::scoped_lock lock(creating_);
-    const int file =
-        makeFolder(path_.parent_path()) ? ::open(path_.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600) : -1;
+    int error = makePrivateFolder(path_.parent_path());
+    const int file = error == 0 ? ::open(path_.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600) : -1;
     if (file >= 0) ::close(file);
-    if (file >= 0 || errno == EEXIST) return {};
+    if (error == 0 && (file >= 0 || errno == EEXIST)) return {};
+    if (error == 0) error = errno;
     return std::unexpected(
-        StoreError{errno == ENOSPC ? StoreError::Kind::full : StoreError::Kind::unwritable,
-                   Phrase("The health store {} cannot be created: {}.", {name_, std::strerror(errno)})});
+        StoreError{error == ENOSPC ? StoreError::Kind::full : StoreError::Kind::unwritable,
+                   Phrase("The health store {} cannot be created: {}.", {name_, std::strerror(error)})});
 }
 
 Subscription HealthDatabase::onSamplesAdded(Event<std::vector<std::string>>::Observer listener) {

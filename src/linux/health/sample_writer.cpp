@@ -10,6 +10,7 @@
 #include "platform/fault_point.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <map>
 #include <optional>
@@ -52,6 +53,11 @@ void forEachRun(std::span<const SampleRow> rows, Property property, Act act) {
     }
 }
 
+std::unexpected<StoreError> takenBack() {
+    return std::unexpected(StoreError{StoreError::Kind::other,
+                                      Phrase("The import was taken back while it ran. Import the file again.")});
+}
+
 }  // namespace
 
 struct SampleWriter::State {
@@ -73,7 +79,8 @@ struct SampleWriter::State {
     std::map<std::pair<std::string, std::string>, std::int32_t, std::less<>> seriesNumbers;  // by type and unit
     std::map<std::int32_t, Series> series;
     std::map<SourceDescription, std::int32_t> sources;
-    std::vector<SampleRow> sorted;  // kept for its memory
+    std::optional<std::int64_t> import;  // the number of the running one
+    std::vector<SampleRow> sorted;       // kept for its memory
 
     template <class Action>
     auto attempt(Action&& action) -> decltype(pedvar::attempt("", action)) {
@@ -111,8 +118,9 @@ struct SampleWriter::State {
     std::int64_t insert(std::span<const SampleRow> rows, Outcome& outcome) {
         batch->hold(rows);
         const std::int64_t added = connection->run(
-            "INSERT OR IGNORE INTO samples (series, start, duration, source, value) "
-            "SELECT series, start, duration, source, value FROM batch");
+            "INSERT OR IGNORE INTO samples (series, start, duration, source, value, import) "
+            "SELECT series, start, duration, source, value, ? FROM batch",
+            import);
         if (added == 0) return 0;
         outcome.counts.samplesAdded += added;
         outcome.series.insert(rows.front().series);
@@ -155,6 +163,13 @@ struct SampleWriter::State {
         TotalsKeeper(*connection).updateAfterRemoval(row.series, spanOf(row));
     }
 
+    /// Notes that the import has added something; false when it was taken back while it ran. Its numbers of
+    /// sources may be no more then.
+    bool noteImport(bool hasAdded) {
+        return !import || connection->run("UPDATE imports SET has_added = max(has_added, ?) WHERE number = ?",
+                                          std::int64_t{hasAdded}, *import) == 1;
+    }
+
     void tell(const Outcome& outcome) {
         std::vector<std::string> types;
         for (const std::int32_t number : outcome.series) types.push_back(series.at(number).type);
@@ -180,20 +195,33 @@ StoreResult<std::int32_t> SampleWriter::series(std::string_view type, std::strin
 
 StoreResult<std::int32_t> SampleWriter::source(const SourceDescription& description) {
     if (const auto known = state_->sources.find(description); known != state_->sources.end()) return known->second;
-    return state_->attempt([&] {
+    return state_->attempt([&]() -> StoreResult<std::int32_t> {
         Transaction transaction(*state_->connection, Transaction::Kind::write);
-        const std::int32_t number = addSource(*state_->connection, description);
+        const AddedSource added = addSource(*state_->connection, description, state_->import);
+        if (added.isNew && !state_->noteImport(true)) return takenBack();
         transaction.commit();
-        state_->sources.emplace(description, number);
-        return number;
+        state_->sources.emplace(description, added.number);
+        return added.number;
+    });
+}
+
+StoreResult<> SampleWriter::beginImport() {
+    return state_->attempt([&] {
+        Connection& connection = *state_->connection;
+        Transaction transaction(connection, Transaction::Kind::write);
+        const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+        connection.run("INSERT INTO imports (begun) VALUES (?)", millisecondsOf(dateOf(now)));
+        const std::int64_t number = connection.lastInsertedRow();
+        transaction.commit();
+        state_->import = number;
     });
 }
 
 StoreResult<WriteCounts> SampleWriter::write(std::span<const SampleRow> samples,
                                              std::span<const WorkoutRow> workouts) {
     state_->checkRows(samples);
-    return state_->attempt([&] {
-        WorkoutTable table(*state_->connection);
+    return state_->attempt([&]() -> StoreResult<WriteCounts> {
+        WorkoutTable table(*state_->connection, state_->import);
         std::vector<std::vector<DeflatedRoute>> routes;
         for (const WorkoutRow& workout : workouts) routes.push_back(table.newRoutes(workout));
 
@@ -206,6 +234,10 @@ StoreResult<WriteCounts> SampleWriter::write(std::span<const SampleRow> samples,
             const auto added = table.add(workouts[i], routes[i]);
             outcome.counts.workoutsAdded += added.isNew ? 1 : 0;
             outcome.counts.routesAdded += added.routes;
+        }
+        const auto& counts = outcome.counts;
+        if (!state_->noteImport(counts.samplesAdded + counts.workoutsAdded + counts.routesAdded > 0)) {
+            return takenBack();
         }
         transaction.commit();
         faultPoint("batch written");

@@ -41,6 +41,9 @@ public:
     /// those of the same kind.
     StoreResult<std::int32_t> source(const SourceDescription& description);
 
+    /// What is added from now on belongs to one import, which `HealthAdministration::undoImport` can take back.
+    StoreResult<> beginImport();
+
     /// A workout that is there already still receives the routes that it lacks.
     StoreResult<WriteCounts> write(std::span<const SampleRow> samples, std::span<const WorkoutRow> workouts = {});
 

@@ -60,18 +60,19 @@ std::optional<std::size_t> SourceOrder::rank(std::int32_t source) const {
     return index < ranks_.size() ? ranks_[index] : std::nullopt;
 }
 
-std::int32_t addSource(Connection& connection, const SourceDescription& description) {
+AddedSource addSource(Connection& connection, const SourceDescription& description,
+                      std::optional<std::int64_t> import) {
     const std::string_view kind = nameOf(description.kind);
     {
         Rows known = connection.query("SELECT id FROM sources WHERE kind = ? AND name = ? AND hardware = ?", kind,
                                       std::string_view(description.name), std::string_view(description.hardware));
-        if (known.next()) return static_cast<std::int32_t>(known.integer(0));
+        if (known.next()) return {static_cast<std::int32_t>(known.integer(0)), false};
     }
     const std::int64_t position = positionFor(connection, description.kind);
     connection.run("UPDATE sources SET position = position + 1 WHERE position >= ?", position);
-    connection.run("INSERT INTO sources (kind, name, hardware, position) VALUES (?, ?, ?, ?)", kind,
-                   std::string_view(description.name), std::string_view(description.hardware), position);
-    return static_cast<std::int32_t>(connection.lastInsertedRow());
+    connection.run("INSERT INTO sources (kind, name, hardware, position, import) VALUES (?, ?, ?, ?, ?)", kind,
+                   std::string_view(description.name), std::string_view(description.hardware), position, import);
+    return {static_cast<std::int32_t>(connection.lastInsertedRow()), true};
 }
 
 }  // namespace pedvar

@@ -32,7 +32,12 @@ private:
     std::vector<std::optional<std::size_t>> ranks_;  // by source
 };
 
-/// The number of the source, new behind the last of its kind if need be. In a writing transaction.
-std::int32_t addSource(Connection& connection, const SourceDescription& description);
+struct AddedSource {
+    std::int32_t number;
+    bool isNew;
+};
+/// The source, new behind the last of its kind if need be, then as one of `import`. In a writing transaction.
+AddedSource addSource(Connection& connection, const SourceDescription& description,
+                      std::optional<std::int64_t> import);
 
 }  // namespace pedvar

@@ -46,9 +46,10 @@ WorkoutTable::Added WorkoutTable::add(const WorkoutRow& workout, std::span<const
     Added added{.isNew = !known, .routes = 0};
     for (const DeflatedRoute& route : routes) {
         added.routes += connection_.run(
-            "INSERT OR IGNORE INTO workout_routes (workout, name, size, deflated) "
-            "VALUES (?, ?, ?, ?)",
-            id, std::string_view(route.name), static_cast<std::int64_t>(route.size), std::span(route.bytes));
+            "INSERT OR IGNORE INTO workout_routes (workout, name, size, deflated, import) "
+            "VALUES (?, ?, ?, ?, ?)",
+            id, std::string_view(route.name), static_cast<std::int64_t>(route.size), std::span(route.bytes),
+            import_);
     }
     return added;
 }
@@ -75,10 +76,10 @@ std::optional<std::int64_t> WorkoutTable::findByUUID(const WorkoutRow& workout) 
 
 std::int64_t WorkoutTable::insert(const WorkoutRow& workout) {
     connection_.run(
-        "INSERT INTO workouts (activity, start, end, source, duration, distance, active_energy) "
-        "VALUES (?, ?, ?, ?, ?, ?, ?)",
+        "INSERT INTO workouts (activity, start, end, source, duration, distance, active_energy, import) "
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?)",
         std::string_view(workout.activityType), workout.start, workout.end, workout.source, workout.duration,
-        workout.distance, workout.activeEnergy);
+        workout.distance, workout.activeEnergy, import_);
     const std::int64_t id = connection_.lastInsertedRow();
     for (const WorkoutStatistic& statistic : workout.statistics) {
         connection_.run(

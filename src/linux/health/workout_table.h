@@ -27,7 +27,9 @@ struct DeflatedRoute {
 
 class WorkoutTable {
 public:
-    explicit WorkoutTable(Connection& connection) : connection_(connection) {}
+    /// What is added belongs to `import`.
+    explicit WorkoutTable(Connection& connection, std::optional<std::int64_t> import = {})
+        : connection_(connection), import_(import) {}
 
     /// The routes of `workout` that are not there yet, deflated. Takes its time: before the transaction.
     std::vector<DeflatedRoute> newRoutes(const WorkoutRow& workout);
@@ -46,6 +48,7 @@ private:
     std::int64_t insert(const WorkoutRow& workout);
 
     Connection& connection_;
+    std::optional<std::int64_t> import_;
 };
 
 }  // namespace pedvar

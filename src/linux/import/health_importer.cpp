@@ -66,6 +66,7 @@ private:
     ImportProgress state_;
     std::vector<ExportDocument> documents_;
     std::vector<std::size_t> files_;    // where in the report each document stands
+    bool hasBegun_ = false;             // what the store counts as one import
     std::size_t current_ = 0;           // the document that is being written
     std::uint64_t bytesBefore_ = 0;     // of the documents before it
     std::vector<std::int32_t> series_;  // the store's number of each of the document's
@@ -150,6 +151,10 @@ StoreResult<> Import::write(ImportBatch& batch) {
 }
 
 StoreResult<> Import::addNumbers(const ImportBatch& batch) {
+    if (!hasBegun_ && !(batch.newSeries.empty() && batch.newSources.empty())) {
+        if (auto begun = writer_.beginImport(); !begun) return begun;
+        hasBegun_ = true;
+    }
     for (const SeriesName& name : batch.newSeries) {
         const auto number = writer_.series(name.type, name.unit);
         if (!number) return std::unexpected(number.error());

@@ -19,6 +19,11 @@ bool isAllowedAscii(unsigned char byte) {
     return (byte >= 0x20 && byte < 0x80) || byte == '\n' || byte == '\t' || byte == '\r';
 }
 
+bool isForbiddenControl(char byte) {
+    const auto code = static_cast<unsigned char>(byte);
+    return code < 0x80 && !isAllowedAscii(code);
+}
+
 /// Whether a block is allowed ASCII throughout. Without a branch and byte by byte, so that compilers make vector
 /// code of it.
 bool isPlainBlock(const char* block) {
@@ -125,8 +130,10 @@ void TextBuffer::checkAndRepair(bool hasEnded) {
         // What is only cut off may become a character.
         if (!isControl && end - p < longestCharacter && !hasEnded) break;
         if (!isControl) repaired += replacementCharacter;
-        ++repairedBytes_;
-        ++p;
+        // Holes of a damaged file are long runs of zeros; the next fault is looked for behind them.
+        const char* const next = isControl ? std::find_if_not(p, end, isForbiddenControl) : p + 1;
+        repairedBytes_ += static_cast<std::uint64_t>(next - p);
+        p = next;
     }
     if (fault == end) {
         repaired.append(p, end);

@@ -4,17 +4,10 @@
 #include "platform/cloud_settings.h"
 #include "platform/haptics.h"
 #include "platform/live_activity.h"
-#include "platform/step_goal_notifications.h"
+#include "platform/pedometer.h"
 #include "platform/watch_link.h"
-#include "platform/widget_center.h"
 
 namespace pedvar {
-
-/// No widgets show the shared values, so a reload reaches nobody.
-class NoWidgets : public WidgetCenter {
-public:
-    void reloadAllTimelines() override {}
-};
 
 /// No cloud carries settings, so pushed ones stay on this machine.
 class NoCloudSettings : public CloudSettings {
@@ -39,18 +32,22 @@ public:
     void impact(ImpactStyle) override {}
 };
 
+/// No step counter is there.
+class NoPedometer : public CMPedometer {
+public:
+    bool isStepCountingAvailable() const override { return false; }
+    CMAuthorizationStatus authorizationStatus() const override { return CMAuthorizationStatus::notDetermined; }
+    void startUpdates(Date, CMPedometerHandler) override {}
+    void detach() override {}
+    void stopUpdates() override {}
+};
+
 /// No surface shows a recording but the program itself.
 class NoLiveActivity : public LiveActivity {
 public:
     void start(const LiveActivityState&) override {}
     void update(const LiveActivityState&) override {}
     void end() override {}
-};
-
-/// No notifications are shown, so progress towards the goal is not followed.
-class NoStepGoalNotifications : public StepGoalNotifications {
-public:
-    void goalProgressed(std::int64_t, std::int64_t) override {}
 };
 
 }  // namespace pedvar

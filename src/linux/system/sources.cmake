@@ -1,18 +1,26 @@
 # The adapters to the machine.
 set(PEDVAR_SYSTEM_SOURCES
     system/absl_zone.cpp
+    system/child_process.cpp
     system/environment_language.cpp
     system/event_loop.cpp
+    system/folder_watch.cpp
     system/gettext_texts.cpp
     system/glibc_locale.cpp
     system/message_file.cpp
     system/nlohmann_json_parser.cpp
     system/posix_zone.cpp
+    system/private_folder.cpp
+    system/process_lock.cpp
     system/process_zone.cpp
+    system/readiness.cpp
+    system/shared_library.cpp
     system/sqlite_defaults.cpp
     system/sqlite_defaults_file.cpp
     system/sqlite_defaults_format.cpp
     system/sqlite_document_parts.cpp
     system/sqlite_parts_format.cpp
     system/system_log.cpp
-    system/system_random.cpp)
+    system/system_random.cpp
+    system/wall_clock_alarm.cpp
+    system/widget_reloads.cpp)

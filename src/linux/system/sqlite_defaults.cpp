@@ -1,11 +1,11 @@
 #include "linux/system/sqlite_defaults.h"
 
 #include "core/check.h"
+#include "linux/system/private_folder.h"
 #include "linux/system/sqlite_defaults_format.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,21 +21,13 @@ namespace pedvar {
 
 namespace {
 
-constexpr mode_t ownerOnlyFolder = 0700;
 constexpr mode_t ownerOnlyFile = 0600;
 
-/// Why the last call of the system failed.
-DefaultsError systemError() {
-    const auto kind = errno == ENOSPC ? DefaultsError::Kind::full : DefaultsError::Kind::unwritable;
-    return {Phrase(std::strerror(errno)), kind};
-}
-
-/// Why `path` could not be made. Folders that are missing above it are made too.
-std::optional<DefaultsError> makeFolder(const std::filesystem::path& path) {
-    if (path.empty() || mkdir(path.c_str(), ownerOnlyFolder) == 0 || errno == EEXIST) return std::nullopt;
-    if (errno != ENOENT) return systemError();
-    if (auto reason = makeFolder(path.parent_path())) return reason;
-    return mkdir(path.c_str(), ownerOnlyFolder) == 0 ? std::nullopt : std::optional(systemError());
+/// Why a call of the system failed; nothing when it did not.
+std::optional<DefaultsError> systemError(int error) {
+    if (error == 0) return std::nullopt;
+    return DefaultsError{Phrase(std::strerror(error)),
+                         error == ENOSPC ? DefaultsError::Kind::full : DefaultsError::Kind::unwritable};
 }
 
 /// Why the file is neither there nor could be made. An existing file is not opened: closing it would drop the
@@ -46,7 +38,7 @@ std::optional<DefaultsError> makeFile(const std::filesystem::path& path) {
         close(file);
         return std::nullopt;
     }
-    return errno == EEXIST ? std::nullopt : std::optional(systemError());
+    return errno == EEXIST ? std::nullopt : systemError(errno);
 }
 
 std::vector<DefaultsError> those(std::initializer_list<std::optional<DefaultsError>> found) {
@@ -100,13 +92,18 @@ void writeAll(Connection& connection, const std::vector<DefaultsChange>& changes
 }  // namespace
 
 SqliteDefaults::SqliteDefaults(const std::filesystem::path& folder, Access access,
-                               std::chrono::milliseconds patience)
+                               std::chrono::milliseconds patience, Durability durability)
     : access_(access),
       patience_(patience),
+      durability_(durability),
       standard_(folder / "defaults.sqlite", patience),
-      shared_(folder / fmt::format("{}.sqlite", appGroupIdentifier), patience) {}
+      shared_(sharedPath(folder), patience) {}
 
 SqliteDefaults::~SqliteDefaults() = default;
+
+std::filesystem::path SqliteDefaults::sharedPath(const std::filesystem::path& folder) {
+    return folder / fmt::format("{}.sqlite", appGroupIdentifier);
+}
 
 const UserDefaults* SqliteDefaults::shared() const {
     return shared_.problem() ? nullptr : &shared_;
@@ -150,7 +147,7 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
     std::error_code unknown;
     if (!std::filesystem::exists(standard_.path(), unknown)) standardWriter_.reset();
     const std::filesystem::path folder = standard_.path().parent_path();
-    auto reason = makeFolder(folder);
+    auto reason = systemError(makePrivateFolder(folder));
     for (const SqliteDefaultsFile* file : files) {
         if (!reason) reason = makeFile(file->path());
     }
@@ -158,7 +155,7 @@ DefaultsResult SqliteDefaults::change(const Files& files, const Change& change) 
     hasWaitedInVain_ = reason && reason->kind == DefaultsError::Kind::busy;
     if (!reason) return {};
     return std::unexpected(DefaultsError{
-        Phrase("The settings in {} were not changed: {}.", {folder.string(), reason->message}), reason->kind});
+        Phrase("What is stored in {} was not changed: {}.", {folder.string(), reason->message}), reason->kind});
 }
 
 std::optional<DefaultsError> SqliteDefaults::transactOver(const Files& files, const Change& change) {
@@ -170,7 +167,10 @@ std::optional<DefaultsError> SqliteDefaults::transactOver(const Files& files, co
             return transact(*connection, {"main", secondSchema}, change);
         }
         if (files.front() != &standard_) return transact(*connect(*files.front(), patience), {"main"}, change);
-        if (!standardWriter_) standardWriter_ = connect(standard_, patience);
+        if (!standardWriter_) {
+            standardWriter_ = connect(standard_, patience);
+            if (durability_ == Durability::endOfProcess) standardWriter_->run("pragma synchronous = off");
+        }
         return transact(*standardWriter_, {"main"}, change);
     } catch (const SqliteFailure& failure) {
         standardWriter_.reset();

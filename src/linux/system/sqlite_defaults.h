@@ -22,9 +22,16 @@ class SqliteDefaults : public DefaultsDomains {
 public:
     enum class Access { readOnly, readWrite };
 
+    /// What a finished write survives. Waiting for the disk is most of a write.
+    enum class Durability { endOfMachine, endOfProcess };
+
     SqliteDefaults(const std::filesystem::path& folder, Access access,
-                   std::chrono::milliseconds patience = std::chrono::seconds(5));
+                   std::chrono::milliseconds patience = std::chrono::seconds(5),
+                   Durability durability = Durability::endOfMachine);
     ~SqliteDefaults() override;
+
+    /// The file of the shared suite.
+    static std::filesystem::path sharedPath(const std::filesystem::path& folder);
 
     const UserDefaults& standard() const override { return standard_; }
     const UserDefaults* shared() const override;
@@ -57,6 +64,7 @@ private:
 
     Access access_;
     std::chrono::milliseconds patience_;
+    Durability durability_;
     bool hasWaitedInVain_ = false;  // then the next change does not wait as well
     SqliteDefaultsFile standard_;
     SqliteDefaultsFile shared_;

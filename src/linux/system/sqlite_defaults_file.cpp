@@ -16,6 +16,11 @@ std::optional<DefaultsValue> SqliteDefaultsFile::value(std::string_view key) con
     return read(readDefault, key);
 }
 
+DefaultsSnapshot SqliteDefaultsFile::snapshot() const {
+    const auto all = +[](Connection& connection, std::string_view) { return readDefaults(connection); };
+    return DefaultsSnapshot(read(all, {}));
+}
+
 std::optional<std::string> SqliteDefaultsFile::frame(std::string_view key) const {
     return read(readFrame, key);
 }

@@ -28,6 +28,8 @@ public:
 
     /// Nothing also when the file cannot be read; `problem` says then why.
     std::optional<DefaultsValue> value(std::string_view key) const override;
+    /// All values as of one moment, but for documents in parts.
+    DefaultsSnapshot snapshot() const;
     /// Of documents in parts; see `DocumentParts`.
     std::optional<std::string> frame(std::string_view key) const;
     std::vector<Part> list(std::string_view name) const;

@@ -20,6 +20,18 @@ double realOrNaN(const Rows& rows, int column) {
     return rows.isNull(column) ? std::numeric_limits<double>::quiet_NaN() : rows.real(column);
 }
 
+/// The value behind the name of its type in column `column`; none for documents in parts.
+std::optional<DefaultsValue> valueIn(const Rows& rows, int column) {
+    const std::string_view type = rows.text(column++);
+    if (type == "bool") return rows.integer(column) != 0;
+    if (type == "integer") return rows.integer(column);
+    if (type == "double") return realOrNaN(rows, column);
+    if (type == "text") return std::string(rows.text(column));
+    if (type == "date") return Date{Seconds{realOrNaN(rows, column)}};
+    if (type == "data") return Data{std::string(rows.text(column))};
+    return std::nullopt;
+}
+
 /// Puts a value and the name of its type beside the key.
 class ValueWriter {
 public:
@@ -70,18 +82,19 @@ void createDefaultsTables(Connection& connection, std::string_view schema) {
 std::optional<DefaultsValue> readDefault(Connection& connection, std::string_view key) {
     Rows rows = connection.query("select type, value from defaults where key = ?", key);
     if (!rows.next()) return std::nullopt;
-    const std::string_view type = rows.text(0);
-    if (type == "bool") return rows.integer(1) != 0;
-    if (type == "integer") return rows.integer(1);
-    if (type == "double") return realOrNaN(rows, 1);
-    if (type == "text") return std::string(rows.text(1));
-    if (type == "date") return Date{Seconds{realOrNaN(rows, 1)}};
-    if (type == "data") return Data{std::string(rows.text(1))};
-    if (type == frameType) {
-        const auto list = [&](std::string_view name) { return readList(connection, name); };
-        return Data{wholeDocument(rows.text(1), list)};
+    if (auto value = valueIn(rows, 0)) return value;
+    if (rows.text(0) != frameType) return std::nullopt;
+    const auto list = [&](std::string_view name) { return readList(connection, name); };
+    return Data{wholeDocument(rows.text(1), list)};
+}
+
+DefaultsSnapshot::Values readDefaults(Connection& connection) {
+    DefaultsSnapshot::Values values;
+    Rows rows = connection.query("select key, type, value from defaults");
+    while (rows.next()) {
+        if (auto value = valueIn(rows, 1)) values.emplace(rows.text(0), std::move(*value));
     }
-    return std::nullopt;
+    return values;
 }
 
 std::vector<std::string> readKeysSetAside(Connection& connection) {

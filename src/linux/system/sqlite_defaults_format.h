@@ -22,6 +22,9 @@ void createDefaultsTables(Connection& connection, std::string_view schema);
 /// From the table of the main database.
 std::optional<DefaultsValue> readDefault(Connection& connection, std::string_view key);
 
+/// All values of the main database as of one moment, but for documents in parts.
+DefaultsSnapshot::Values readDefaults(Connection& connection);
+
 /// The keys of values that were set aside, in the order of the alphabet.
 std::vector<std::string> readKeysSetAside(Connection& connection);
 

@@ -4,8 +4,6 @@
 #include "apps/cli/application.h"
 #include "apps/cli/charts.h"
 #include "apps/cli/commands/command.h"
-#include "apps/cli/commands/day_views.h"
-#include "core/units.h"
 #include "routes/way.h"
 
 #include <unistd.h>
@@ -56,36 +54,11 @@ JsonObject document(const Whole& whole, const Calendar& calendar) {
     return result;
 }
 
-std::string facts(const Whole& whole, const Screen& screen) {
-    const Figures& figures = screen.figures;
-    const Activity& activity = whole.activity;
-    std::vector<std::pair<std::string, std::string>> lines;
-    if (activity.distance) lines.emplace_back(screen.text("Distance"), figures.distance(*activity.distance));
-    lines.emplace_back(screen.text("Time"), figures.duration(activity.duration));
-    if (const auto movingTime = movingTimeOf(whole)) {
-        lines.emplace_back(screen.text("Moving"), figures.duration(*movingTime));
-    }
-    if (activity.averagePace) {
-        lines.emplace_back(screen.text("Average"), paceOf(activity, *activity.averagePace * 60 / 1000, figures));
-    }
-    if (activity.steps) lines.emplace_back(screen.text("Steps"), figures.number(*activity.steps));
-    if (activity.calories) {
-        lines.emplace_back(screen.text("Energy"), figures.energy(static_cast<double>(*activity.calories)));
-    }
-    if (activity.elevationGain || activity.elevationLoss) {
-        lines.emplace_back(screen.text("Climb"),
-                           screen.text("{0} up, {1} down", figures.altitude(activity.elevationGain.value_or(0)),
-                                       figures.altitude(activity.elevationLoss.value_or(0))));
-    }
-    lines.emplace_back(screen.text("Recorded by"), harmless(activity.source));
-    return labelled(lines);
-}
-
 std::string view(const Whole& whole, const Screen& screen, const Calendar& calendar) {
     const std::string title = harmless(titleOf(whole.activity, screen, calendar));
     std::string result = screen.bold(title) +
                          screen.faint(rightAligned(shortId(whole.activity.id), screenWidth - columns(title))) +
-                         "\n\n" + facts(whole, screen);
+                         "\n\n" + factsOf(whole.activity, movingTimeOf(whole), screen);
     const auto add = [&](const std::string& heading, const std::string& picture) {
         if (!picture.empty()) result += "\n" + screen.bold(heading) + "\n\n" + picture;
     };

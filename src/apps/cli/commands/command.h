@@ -30,6 +30,9 @@ struct Report {
 };
 
 CommandResult<Report> run(const ImportRequest& request, Application& application);
+CommandResult<Report> run(const BackupRequest& request, Application& application);
+CommandResult<Report> run(const RestoreRequest& request, Application& application);
+CommandResult<Report> run(const ExportDaysRequest& request, Application& application);
 CommandResult<Report> run(const TodayRequest& request, Application& application);
 CommandResult<Report> run(const DayRequest& request, Application& application);
 CommandResult<Report> run(const WeekRequest& request, Application& application);
@@ -43,6 +46,7 @@ CommandResult<Report> run(const RecapRequest& request, Application& application)
 CommandResult<Report> run(const AwardsRequest& request, Application& application);
 CommandResult<Report> run(const WaterRequest& request, Application& application);
 CommandResult<Report> run(const ContainersRequest& request, Application& application);
+CommandResult<Report> run(const WidgetRequest& request, Application& application);
 CommandResult<Report> run(const GoalRequest& request, Application& application);
 CommandResult<Report> run(const WeightRequest& request, Application& application);
 CommandResult<Report> run(const HeightRequest& request, Application& application);
@@ -50,9 +54,12 @@ CommandResult<Report> run(const ProfileRequest& request, Application& applicatio
 CommandResult<Report> run(const SettingsRequest& request, Application& application);
 CommandResult<Report> run(const SourcesRequest& request, Application& application);
 CommandResult<Report> run(const DoctorRequest& request, Application& application);
+CommandResult<Report> run(const WatchRequest& request, Application& application);
+CommandResult<Report> run(const UpdateRequest& request, Application& application);
 CommandResult<Report> run(const RouteRequest& request, Application& application);
 CommandResult<Report> run(const ActivitiesRequest& request, Application& application);
 CommandResult<Report> run(const ActivityRequest& request, Application& application);
 CommandResult<Report> run(const ExportRequest& request, Application& application);
+CommandResult<Report> run(const RecordRequest& request, Application& application);
 
 }  // namespace pedvar

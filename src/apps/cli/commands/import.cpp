@@ -6,6 +6,7 @@
 #include "apps/cli/health.h"
 #include "apps/cli/interruption.h"
 #include "apps/cli/progress_bar.h"
+#include "linux/health/health_administration.h"
 #include "linux/import/document_look.h"
 #include "linux/import/health_importer.h"
 
@@ -135,9 +136,26 @@ std::optional<CommandError> problemOf(const std::vector<ImportedGPX>& imported) 
     return failed == imported.end() ? std::nullopt : failed->error;
 }
 
+CommandResult<Report> undo(Application& application) {
+    const auto health = application.health();
+    if (!health) return std::unexpected(health.error());
+    const auto undone = commandResult(HealthAdministration((*health)->database).undoImport());
+    if (!undone) return std::unexpected(undone.error());
+    if (!*undone) {
+        return std::unexpected(
+            CommandError{ErrorKind::failed, application.text()("There is no import to take back.")});
+    }
+    const auto refreshed = application.refresh();
+    const auto problem = refreshed ? std::nullopt : std::optional(refreshed.error());
+    const Calendar calendar = application.settings().calendar();
+    if (application.wantsJson()) return Report{undoneDocument(**undone, calendar), problem};
+    return Report{undoneView(**undone, application.screen(), calendar), problem};
+}
+
 }  // namespace
 
 CommandResult<Report> run(const ImportRequest& request, Application& application) {
+    if (request.isUndo) return undo(application);
     const SortedFiles files = sorted(request);
     const auto type = typeOf(request, files, application.text());
     if (!type) return std::unexpected(type.error());

@@ -1,6 +1,7 @@
 #include "apps/cli/commands/import_views.h"
 
 #include "apps/cli/commands/day_views.h"
+#include "apps/cli/moment.h"
 #include "core/reflection.h"
 
 namespace pedvar {
@@ -111,6 +112,29 @@ std::string importView(const ImportReport& report, const Screen& screen) {
                            figures.number(static_cast<std::int64_t>(counts.repairedBytes)));
     }
     return result + "\n" + labelled(lines);
+}
+
+JsonObject undoneDocument(const UndoneImport& undone, const Calendar& calendar) {
+    return {
+        {"begun", {isoText(undone.begun, calendar)}},
+        {"samples", {undone.samples}},
+        {"workouts", {undone.workouts}},
+        {"routes", {undone.routes}},
+        {"sources", {undone.sources}},
+    };
+}
+
+std::string undoneView(const UndoneImport& undone, const Screen& screen, const Calendar& calendar) {
+    const Figures& figures = screen.figures;
+    return screen.text("Taken back: the import of {0}, {1}.", figures.date(calendar.day(undone.begun)),
+                       figures.time(calendar.localTime(undone.begun))) +
+           "\n\n" +
+           labelled({
+               {screen.text("Records"), figures.number(undone.samples)},
+               {screen.text("Workouts"), figures.number(undone.workouts)},
+               {screen.text("Routes"), figures.number(undone.routes)},
+               {screen.text("Sources"), figures.number(undone.sources)},
+           });
 }
 
 }  // namespace pedvar

@@ -31,6 +31,8 @@ struct Settings {
     WaterSettings waterSettings;
 };
 
+constexpr std::string_view noText = "none";  // how an empty text is typed and shown
+
 /// Fields that are shares hold doubles from 0 to 1, whole numbers are goals of water.
 template <class Field>
 std::optional<Field> valueNamed(std::string_view name) {
@@ -40,6 +42,8 @@ std::optional<Field> valueNamed(std::string_view name) {
         if (name == "true") return true;
         if (name == "false") return false;
         return std::nullopt;
+    } else if constexpr (WrittenAsText<Field>) {
+        return Field::fromText(name == noText ? "" : name);
     } else if constexpr (std::same_as<Field, std::int64_t>) {
         const auto number = wholeNumberNamed(name);
         return number && isWaterGoal(static_cast<double>(*number)) ? number : std::nullopt;
@@ -56,6 +60,10 @@ std::string validValues(const Texts& text) {
         return fmt::format("{}", fmt::join(caseNames<Field>, ", "));
     } else if constexpr (std::same_as<Field, bool>) {
         return "true, false";
+    } else if constexpr (std::same_as<Field, WebAddress>) {
+        return text("an address that begins with https:// or http://, none");
+    } else if constexpr (std::same_as<Field, FolderPath>) {
+        return text("the absolute path of a folder, none");
     } else if constexpr (std::same_as<Field, std::int64_t>) {
         return text("a whole number of millilitres from {} to {}", lowestWaterGoal, highestWaterGoal);
     } else {
@@ -67,6 +75,8 @@ template <class Field>
 JsonValue jsonOf(const Field& field) {
     if constexpr (Enumeration<Field>) {
         return {std::string(caseName(field))};
+    } else if constexpr (WrittenAsText<Field>) {
+        return {std::string(field.text())};
     } else {
         return {field};
     }
@@ -74,7 +84,8 @@ JsonValue jsonOf(const Field& field) {
 
 std::string shown(const JsonValue& value) {
     const auto* text = value.as<std::string>();
-    return text ? *text : jsonText(value);
+    if (!text) return jsonText(value);
+    return text->empty() ? std::string(noText) : harmless(*text);
 }
 
 /// Sets the field of `record` that `key` names; false when there is none.

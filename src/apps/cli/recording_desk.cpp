@@ -1,0 +1,120 @@
+#include "apps/cli/recording_desk.h"
+
+#include "apps/cli/recording_views.h"
+#include "apps/cli/terminal.h"
+#include "core/json_text.h"
+
+#include <unistd.h>
+#include <cstdio>
+#include <utility>
+
+namespace pedvar {
+namespace {
+
+constexpr Seconds refreshing{1};
+constexpr std::size_t shownMessages = 3;
+
+}  // namespace
+
+RecordingDesk::RecordingDesk(MainExecutor& executor, const Clock& clock, ActivityRecorderManager& recorder,
+                             const Application& application, std::function<void(Ending)> end)
+    : executor_(executor),
+      clock_(clock),
+      recorder_(recorder),
+      application_(application),
+      end_(std::move(end)),
+      screen_(application.screen()),
+      calendar_(application.calendar()),
+      hasScreen_(!application.wantsJson() && terminalBehind(STDOUT_FILENO, ColorOutput::never).isInteractive),
+      storageProblem_(recorder.storageProblem.observe([this](const std::optional<std::string>& problem) {
+          if (problem && hasScreen_) return;  // it stands there while it lasts
+          const Texts& text = application_.text();
+          say(problem ? storageText(*problem, text) : text("The recording is stored again."));
+      })) {}
+
+RecordingDesk::~RecordingDesk() {
+    lines_.clear();
+}
+
+void RecordingDesk::open() {
+    show(LiveScreen::Importance::high);
+    timer_ = executor_.after(refreshing, [this] { tick(); });
+}
+
+void RecordingDesk::tick() {
+    timer_ = executor_.after(refreshing, [this] { tick(); });
+    if (application_.wantsJson()) {
+        const std::string line = jsonText({statusDocument(recorder_, clock_.now(), calendar_)}) + "\n";
+        std::fwrite(line.data(), 1, line.size(), stdout);
+        std::fflush(stdout);
+    } else {
+        show(LiveScreen::Importance::usual);
+    }
+}
+
+void RecordingDesk::show(LiveScreen::Importance importance) {
+    if (!hasScreen_ || isOver_) return;
+    const std::size_t width = LiveScreen::width();
+    const Texts& text = screen_.text;
+    std::vector<std::string> lines = statusLines(recorder_, screen_, width);
+    const auto add = [&](const std::string& paragraph) {
+        for (std::string& line : wrapped(paragraph, width)) lines.push_back(std::move(line));
+    };
+    for (const std::string& message : messages_) add(message);
+    lines.emplace_back();
+    if (showsHelp_) {
+        add(text(
+            "p pauses, r goes on, s stops and puts the activity into the history. Ctrl-C leaves the recording: "
+            "the same command goes on with it within twelve hours. h hides this."));
+    } else {
+        add(recorder_.isPaused ? text("r resume   s stop   h help") : text("p pause   s stop   h help"));
+    }
+    lines_.show(lines, importance);
+}
+
+void RecordingDesk::say(const std::string& message) {
+    if (isOver_ || !hasScreen_) return tell(message);
+    messages_.push_back(message);
+    if (messages_.size() > shownMessages) messages_.pop_front();
+    show(LiveScreen::Importance::high);
+}
+
+void RecordingDesk::press(char key) {
+    if (isOver_) return;
+    switch (key) {
+        case 'p':
+            recorder_.pauseRecording();
+            break;
+        case 'r':
+            recorder_.resumeRecording();
+            break;
+        case 's':
+            return stop();
+        case 'h':
+            showsHelp_ = !showsHelp_;
+            break;
+        default:
+            return;
+    }
+    show(LiveScreen::Importance::high);
+}
+
+void RecordingDesk::stop() {
+    if (isOver_) return;
+    if (recorder_.stopRecording()) finish(Ending::stopped);
+}
+
+void RecordingDesk::leave() {
+    if (isOver_) return;
+    recorder_.saveCheckpoint();
+    finish(Ending::left);
+}
+
+void RecordingDesk::finish(Ending ending) {
+    isOver_ = true;
+    timer_.cancel();
+    lines_.clear();
+    end_(ending);
+}
+
+}  // namespace pedvar

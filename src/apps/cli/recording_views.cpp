@@ -1,0 +1,98 @@
+#include "apps/cli/recording_views.h"
+
+#include "apps/cli/charts.h"
+#include "apps/cli/commands/day_views.h"
+#include "apps/cli/live_screen.h"
+#include "apps/cli/moment.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace pedvar {
+namespace {
+
+constexpr double secondsPerMinute = 60;
+constexpr double metersPerPaceUnit = 1000;
+
+template <class Value>
+JsonValue orNull(const std::optional<Value>& value) {
+    return value ? JsonValue{*value} : JsonValue{};
+}
+
+/// None while nobody moves.
+std::optional<double> paceOf(const ActivityRecorderManager& recorder) {
+    return recorder.currentPace > 0 ? std::optional(recorder.currentPace.value()) : std::nullopt;
+}
+
+std::string_view stateOf(const ActivityRecorderManager& recorder) {
+    if (recorder.isPaused) return "paused";
+    return recorder.isAutoPaused ? "autoPaused" : "recording";
+}
+
+std::string stateText(const ActivityRecorderManager& recorder, const Texts& text) {
+    if (recorder.isPaused) return text("paused");
+    return recorder.isAutoPaused ? text("standing still") : text("recording");
+}
+
+}  // namespace
+
+std::string storageText(const std::string& problem, const Texts& text) {
+    return text("The recording goes on, but cannot be stored now. {}", harmless(problem));
+}
+
+JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar) {
+    const GPSQuality quality = recorder.gpsQuality();
+    const auto& location = recorder.currentLocation.value();
+    return {
+        {"state", {std::string(stateOf(recorder))}},
+        {"time", {isoText(now, calendar)}},
+        {"duration", {recorder.currentDuration.value()}},
+        {"distance", {recorder.totalDistance.value()}},
+        {"pace", orNull(paceOf(recorder))},
+        {"speed", {recorder.currentSpeed.value()}},
+        {"averageSpeed", {recorder.averageSpeed.value()}},
+        {"steps", {recorder.currentSteps.value()}},
+        {"calories", {recorder.currentCalories.value()}},
+        {"elevation", orNull(recorder.currentElevation.value())},
+        {"elevationGain", {recorder.elevationGain.value()}},
+        {"points", {static_cast<std::int64_t>(recorder.routeCoordinates->size())}},
+        {"gpsAccuracy", location ? JsonValue{recorder.gpsAccuracy.value()} : JsonValue{}},
+        {"gpsQuality", {std::string(quality.label)}},
+        {"storageProblem", orNull(recorder.storageProblem.value())},
+    };
+}
+
+std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, const Screen& screen,
+                                     std::size_t width) {
+    const Figures& figures = screen.figures;
+    const Texts& text = screen.text;
+    const GPSQuality quality = recorder.gpsQuality();
+    const auto pace = paceOf(recorder);
+    const auto elevation = recorder.currentElevation.value();
+    const std::vector<std::pair<std::string, std::string>> values{
+        {text.lookUp(displayName(recorder.activityType)), stateText(recorder, text)},
+        {text("Time"), figures.duration(recorder.currentDuration)},
+        {text("Distance"),
+         text("{0} {1}", figures.number(recorder.totalDistance / figures.unitLength(), 2), figures.unitName())},
+        {text("Pace"), pace ? figures.pace(*pace * secondsPerMinute / metersPerPaceUnit) : "–"},
+        {text("Speed"), figures.speed(recorder.currentSpeed)},
+        {text("Steps"), figures.number(recorder.currentSteps)},
+        {text("Energy"), figures.energy(static_cast<double>(recorder.currentCalories.value()))},
+        {text("Elevation"),
+         elevation ? text("{0}, {1} up", figures.altitude(*elevation), figures.altitude(recorder.elevationGain))
+                   : "–"},
+        {text("GPS"), text.lookUp(quality.label)},
+    };
+    std::size_t labelWidth = 0;
+    for (const auto& [label, value] : values) labelWidth = std::max(labelWidth, columns(label));
+    std::vector<std::string> lines{""};
+    for (const auto& [label, value] : values) lines.push_back(leftAligned(label, labelWidth + 2) + value);
+    lines.emplace_back();
+    for (std::string& line : wrapped(text.lookUp(quality.description), width)) lines.push_back(std::move(line));
+    if (const auto& problem = recorder.storageProblem.value()) {
+        for (std::string& line : wrapped(storageText(*problem, text), width)) lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+}  // namespace pedvar

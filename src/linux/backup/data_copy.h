@@ -1,0 +1,23 @@
+/// The files of a data folder as of one moment.
+#pragma once
+
+#include "linux/health/store_error.h"
+
+#include <array>
+#include <filesystem>
+#include <string_view>
+
+namespace pedvar {
+
+/// The files that hold a person's data.
+inline constexpr std::array<std::string_view, 3> dataFiles{
+    "defaults.sqlite", "group.com.pedvarapp.PedvarApp.sqlite", "health.sqlite"};
+
+/// Copies those files that are there into the folder `target`, all as they were at one moment, while others go on
+/// writing. Who writes settings waits as long as copying them takes, who writes samples not at all.
+StoreResult<> copyData(const std::filesystem::path& folder, const std::filesystem::path& target);
+
+/// Why the files in `folder` are not what they have to be: unreadable, damaged, or of a newer version.
+StoreResult<> checkData(const std::filesystem::path& folder);
+
+}  // namespace pedvar

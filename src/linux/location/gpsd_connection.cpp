@@ -1,0 +1,122 @@
+#include "linux/location/gpsd_connection.h"
+
+#include <dlfcn.h>
+#include <gps.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+namespace pedvar {
+
+namespace {
+
+constexpr std::size_t longestLine = 65'536;  // bytes; gpsd's own limit is 10 KiB
+
+/// What is used of libgps. It is loaded by the first who connects, and stays: threads may use it until the very
+/// end of the program.
+///
+/// It connects, and asks gpsd to tell. What gpsd tells is read here: a line with a value of the wrong type sends
+/// the reader of version 3.22 around for ever.
+struct Library {
+    decltype(&::gps_open) open = nullptr;
+    decltype(&::gps_close) close = nullptr;
+    decltype(&::gps_stream) stream = nullptr;
+    decltype(&::gps_errstr) errstr = nullptr;
+    bool isComplete = false;
+
+    Library() {
+        void* const library = dlopen(PEDVAR_LIBGPS, RTLD_NOW | RTLD_LOCAL);
+        isComplete = library && find(library, open, "gps_open") && find(library, close, "gps_close") &&
+                     find(library, stream, "gps_stream") && find(library, errstr, "gps_errstr");
+    }
+
+private:
+    template <class Function>
+    static bool find(void* library, Function& function, const char* name) {
+        function = reinterpret_cast<Function>(dlsym(library, name));
+        return function != nullptr;
+    }
+};
+
+const Library& libgps() {
+    static const Library library;
+    return library;
+}
+
+}  // namespace
+
+std::string GpsdAddress::text() const {
+    return (host.find(':') == std::string::npos ? host : "[" + host + "]") + ":" + port;
+}
+
+struct GpsdConnection::State {
+    gps_data_t data{};
+    bool isOpen = false;
+    std::string received;  // and not interpreted yet
+    GpsdInterpreter interpreter;
+
+    State() = default;
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State() {
+        if (isOpen) libgps().close(&data);
+    }
+
+    std::optional<GpsdMessage> nextReceived() {
+        const std::size_t end = received.find('\n');
+        if (end == std::string::npos) return std::nullopt;
+        GpsdMessage message = interpreter.interpret(std::string_view(received).substr(0, end));
+        received.erase(0, end + 1);
+        return message;
+    }
+
+    /// What there is to receive; why there will be nothing any more.
+    std::expected<void, GpsdEnd> receive() {
+        std::array<char, 8'192> bytes;
+        const ssize_t count = recv(data.gps_fd, bytes.data(), bytes.size(), MSG_DONTWAIT);
+        if (count > 0) {
+            received.append(bytes.data(), static_cast<std::size_t>(count));
+            if (received.size() <= longestLine) return {};
+            return std::unexpected(GpsdEnd{"what it says has no end"});
+        }
+        if (count == 0) return std::unexpected(GpsdEnd{"it has ended the connection"});
+        if (errno == EAGAIN || errno == EINTR) return {};
+        return std::unexpected(GpsdEnd{std::strerror(errno)});
+    }
+};
+
+std::expected<GpsdConnection, std::string> GpsdConnection::open(const GpsdAddress& address) {
+    if (!libgps().isComplete) return std::unexpected(std::string("the library " PEDVAR_LIBGPS " is missing"));
+    auto state = std::make_unique<State>();
+    // The library leaves a code of its own in the place of the system's.
+    if (libgps().open(address.host.c_str(), address.port.c_str(), &state->data) != 0) {
+        return std::unexpected(std::string(libgps().errstr(errno)));
+    }
+    state->isOpen = true;
+    if (libgps().stream(&state->data, WATCH_ENABLE | WATCH_JSON, nullptr) < 0) {
+        return std::unexpected(std::string(std::strerror(errno)));
+    }
+    return GpsdConnection(std::move(state));
+}
+
+GpsdConnection::GpsdConnection(std::unique_ptr<State> state) : state_(std::move(state)) {}
+GpsdConnection::GpsdConnection(GpsdConnection&&) noexcept = default;
+GpsdConnection& GpsdConnection::operator=(GpsdConnection&&) noexcept = default;
+GpsdConnection::~GpsdConnection() = default;
+
+GpsdMessage GpsdConnection::next(std::chrono::milliseconds patience) {
+    if (auto message = state_->nextReceived()) return std::move(*message);
+    pollfd socket{.fd = state_->data.gps_fd, .events = POLLIN, .revents = 0};
+    if (poll(&socket, 1, static_cast<int>(patience.count())) <= 0) return GpsdSilence{};
+    if (auto received = state_->receive(); !received) return std::move(received.error());
+    if (auto message = state_->nextReceived()) return std::move(*message);
+    return GpsdSilence{};
+}
+
+}  // namespace pedvar

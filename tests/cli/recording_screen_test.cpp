@@ -1,0 +1,152 @@
+#include "apps/cli/live_input.h"
+#include "apps/cli/live_screen.h"
+#include "apps/cli/receiver_news.h"
+#include "apps/cli/recording_views.h"
+#include "linux/system/event_loop.h"
+#include "platform/text_catalogue.h"
+#include "recording/recorder_fixture.h"
+
+#include <doctest/doctest.h>
+#include <fcntl.h>
+#include <fmt/ranges.h>
+#include <stdlib.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace pedvar {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Shown : Recording {
+    std::string lines(std::size_t width) {
+        const Texts text(catalogue);
+        const Screen screen{.text = text, .figures = Figures(locale, settings.preferences(), text)};
+        return fmt::format("{}\n", fmt::join(statusLines(*recorder, screen, width), "\n"));
+    }
+
+    EnglishTexts catalogue;
+};
+
+TEST_CASE_FIXTURE(Shown, "the screen connects first, and then shows the values as they are") {
+    walk.start(ActivityType::hike);
+    CHECK(lines(80).ends_with("\n\nConnecting to GPS satellites. This usually takes just a few moments.\n"));
+    walk.at(2).lasting(90s);
+    walk.fixAtHeight(47);
+    launch->pedometer.count(1'234);
+    CHECK(lines(60) == R"(
+Hiking     recording
+Time       1:31
+Distance   0,18 km
+Pace       8:20 /km
+Speed      7,2 km/h
+Steps      1.234
+Energy     10 kcal
+Elevation  47 m, 17 m up
+GPS        Excellent
+
+Your GPS has locked onto satellites with excellent
+precision. Route tracking is at its best!
+)");
+    recorder->pauseRecording();
+    CHECK(lines(60).starts_with("\nHiking     paused\n"));
+}
+
+TEST_CASE("lines are broken between words, and within none") {
+    CHECK(wrapped("one two three", 7) == std::vector<std::string>{"one two", "three"});
+    CHECK(wrapped("unbreakable – a", 3) == std::vector<std::string>{"unbreakable", "– a"});
+}
+
+TEST_CASE("what keeps fixes from coming is told once, and that they come again") {
+    using State = ReceiverCondition::State;
+    VirtualTime time;
+    GpsdLocationManager receiver(time, time, {}, {});
+    const EnglishTexts catalogue;
+    const Texts text(catalogue);
+    std::vector<std::string> told;
+    const ReceiverNews news(receiver, {}, text, [&](const std::string& message) {
+        told.push_back(message.substr(0, message.find_first_of(".(")));
+    });
+    for (const State state : {State::noDaemon, State::noReceiver, State::noFix, State::fix, State::silent,
+                              State::fix, State::noReceiver, State::noFix, State::noDaemon, State::fix}) {
+        receiver.condition = {state, state == State::noDaemon ? "refused" : ""};
+    }
+    receiver.clockDifference = 3'600s;
+    receiver.clockDifference = std::nullopt;
+    receiver.clockDifference = -3'600s;
+    CHECK(told == std::vector<std::string>{
+                      "No gpsd answers at localhost:2947 ",
+                      "gpsd at localhost:2947 has no receiver",
+                      "The receiver has no fix yet",
+                      "The receiver has a fix",
+                      "The receiver says nothing",
+                      "The receiver has a fix again",
+                      "The receiver was unplugged",
+                      "The receiver has lost its fix",
+                      "gpsd at localhost:2947 has gone ",
+                      "The receiver has a fix again",
+                      "This machine's clock is 3600 s behind the receiver's, so its fixes cannot be used",
+                      "This machine's clock is 3600 s ahead of the receiver's, so its fixes cannot be used",
+                  });
+}
+
+/// Standard input is a terminal while it lives.
+struct Terminal {
+    Terminal() {
+        check(grantpt(person) == 0 && unlockpt(person) == 0, "there are no terminals");
+        const int program = open(ptsname(person), O_RDWR | O_NOCTTY);
+        check(dup2(program, STDIN_FILENO) == STDIN_FILENO, "the terminal cannot be used");
+        close(program);
+    }
+    ~Terminal() {
+        dup2(before, STDIN_FILENO);
+        close(before);
+        close(person);
+    }
+    static bool showsKeys() {
+        termios settings{};
+        tcgetattr(STDIN_FILENO, &settings);
+        return (settings.c_lflag & ECHO) != 0;
+    }
+
+    int before = dup(STDIN_FILENO);
+    int person = posix_openpt(O_RDWR | O_NOCTTY);
+};
+
+Task<> heard(Completion<bool>& all) {
+    co_await all;
+}
+
+TEST_CASE("keys and signals are heard one by one, and the terminal is as before afterwards") {
+    const Terminal terminal;
+    EventLoop loop;
+    std::string keys;
+    int ends = 0;
+    Completion<bool> all(loop);
+    const auto resolve = all.resolver();
+    const auto look = [&] {
+        if (keys == "ps" && ends == 2) resolve(true);
+    };
+    {
+        const LiveInput input(loop, LiveInput::Keys::heard,
+                              {[&](char key) {
+                                   keys += key;
+                                   look();
+                               },
+                               [&] {
+                                   ++ends;
+                                   look();
+                               }});
+        CHECK(!Terminal::showsKeys());
+        REQUIRE(write(terminal.person, "ps", 2) == 2);
+        raise(SIGHUP);
+        raise(SIGINT);
+        loop.run(heard(all));
+    }
+    CHECK(Terminal::showsKeys());
+}
+
+}  // namespace
+}  // namespace pedvar

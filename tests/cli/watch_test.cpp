@@ -1,0 +1,131 @@
+#include "cli/run_pedvar.h"
+#include "linux/system/clocks.h"
+#include "linux/system/sqlite_defaults.h"
+#include "support/program.h"
+#include "support/temporary_folder.h"
+
+#include <doctest/doctest.h>
+#include <fmt/chrono.h>
+
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <optional>
+#include <thread>
+
+namespace pedvar {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A session bus with a notification server on it, and the data of a person for whom it is one o'clock.
+struct Watching {
+    TemporaryFolder folder;
+    std::optional<Program> desktop{
+        std::in_place, std::vector<std::string>{"dbus-run-session", "--", "/usr/bin/python3", PEDVAR_NOTIFICATION_SERVER}};
+    std::vector<std::string> environment{"DBUS_SESSION_BUS_ADDRESS=" + desktop->line(), zone(),
+                                         "PEDVAR_STEP_COUNTERS=" + (folder / "counters").string()};
+
+    /// One whose clocks show between one and two in the afternoon: nothing else is told then than what the data
+    /// give cause for.
+    static std::string zone() {
+        const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+        const auto hour = (now - std::chrono::floor<std::chrono::days>(now)) / 1h;
+        return fmt::format("TZ=TEST{:+}", static_cast<int>(hour) - 13);
+    }
+    Outcome run(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.end(), {"--data", "data"});
+        return runPedvar(folder.path(), arguments, environment);
+    }
+    std::unique_ptr<Program> watch() const {
+        auto program = std::make_unique<Program>(
+            std::vector<std::string>{PEDVAR_PROGRAM, "watch", "--data", (folder / "data").string()}, environment);
+        return program;
+    }
+    /// The time between two moments before now as an export has it.
+    static std::string exportOf(std::chrono::seconds from, std::chrono::seconds to, int steps) {
+        const auto text = [now = std::chrono::system_clock::now()](std::chrono::seconds ago) {
+            return fmt::format("{:%Y-%m-%d %H:%M:%S +0000}",
+                               fmt::gmtime(std::chrono::system_clock::to_time_t(now - ago)));
+        };
+        return fmt::format(
+            R"(<?xml version="1.0"?><HealthData locale="en_GB"><Record type="HKQuantityTypeIdentifierStepCount" )"
+            R"(sourceName="Phone" unit="count" startDate="{}" endDate="{}" value="{}"/></HealthData>)",
+            text(from), text(to), steps);
+    }
+    std::optional<DefaultsValue> stored(bool isShared, const char* key) const {
+        const SqliteDefaults defaults(folder / "data", SqliteDefaults::Access::readOnly);
+        return (isShared ? *defaults.shared() : defaults.standard()).value(key);
+    }
+    bool hasTodaySteps(std::int64_t steps) const { return stored(true, "todaySteps") == DefaultsValue(steps); }
+    static bool reaches(const std::function<bool()>& isReached) {
+        for (int i = 0; i < 3'000 && !isReached(); ++i) std::this_thread::sleep_for(10ms);
+        return isReached();
+    }
+};
+
+TEST_CASE_FIXTURE(Watching, "what another process imports reaches widgets and the person, once over restarts") {
+    REQUIRE(run({"goal", "1000"}).exitCode == 0);
+    auto watcher = watch();
+    REQUIRE(reaches([&] { return stored(false, "toldBadges").has_value(); }));
+    const Outcome second = run({"watch"});
+    CHECK(second.exitCode == 1);
+    CHECK(second.errors.find("Another process watches this folder already") != std::string::npos);
+
+    writeFile(folder / "export.xml", exportOf(600s, 1s, 1'200));
+    REQUIRE(run({"import", "export.xml"}).exitCode == 0);
+    CHECK(desktop->line() == R"([1, "Goal achieved", "Steps today: 1,200. Your goal was 1,000.", -1])");
+    CHECK(desktop->line() == R"([2, "New badge", "First Steps", -1])");
+    CHECK(hasTodaySteps(1'200));
+    CHECK(watcher->end(SIGTERM) == 0);
+
+    watcher = watch();
+    writeFile(folder / "more.xml", exportOf(1'800s, 900s, 300));
+    REQUIRE(run({"import", "more.xml"}).exitCode == 0);
+    CHECK(reaches([&] { return hasTodaySteps(1'500); }));
+    CHECK(watcher->end(SIGINT) == 0);
+    desktop->endInput();
+    CHECK(desktop->line() == "");
+}
+
+TEST_CASE_FIXTURE(Watching, "what appears in the drop folder is imported when it is whole, without a bus too") {
+    environment[0] = "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus";
+    const auto drop = folder / "drop";
+    std::filesystem::create_directory(drop);
+    auto watcher = watch();
+    REQUIRE(reaches([&] { return stored(true, "todaySteps").has_value(); }));
+    REQUIRE(run({"settings", "dropFolder", drop.string()}).exitCode == 0);
+
+    const std::string document = exportOf(600s, 1s, 777);
+    std::ofstream half(drop / "export.xml");
+    half << document.substr(0, 60) << std::flush;
+    writeFile(drop / "cut.xml", exportOf(600s, 1s, 888).substr(0, 100));  // closed, but not whole
+    writeFile(drop / "letter.txt", "Dear Ada");
+    CHECK(reaches([&] { return std::filesystem::exists(drop / "failed/letter.txt"); }));
+    CHECK(hasTodaySteps(0));
+    half << document.substr(60);
+    half.close();
+    CHECK(reaches([&] { return hasTodaySteps(777); }));
+    CHECK(reaches([&] { return std::filesystem::exists(drop / "imported/export.xml"); }));
+    CHECK(std::filesystem::exists(drop / "cut.xml"));
+    CHECK(watcher->end(SIGTERM) == 0);
+}
+
+TEST_CASE_FIXTURE(Watching, "steps of the kernel's counter become Pedvar's, also those of between two watchers") {
+    const auto device = folder / "counters" / "iio:device0";
+    std::filesystem::create_directories(device);
+    const auto count = [&](int steps) { writeFile(device / "in_steps_input", std::to_string(steps) + "\n"); };
+    writeFile(device / "in_steps_en", "1\n");
+    count(5'000);
+    auto watcher = watch();
+    REQUIRE(reaches([&] { return stored(false, "stepIngestion").has_value(); }));
+    CHECK(watcher->end(SIGTERM) == 0);
+    count(5'030);
+    watcher = watch();
+    CHECK(reaches([&] { return hasTodaySteps(30); }));
+    CHECK(watcher->end(SIGTERM) == 0);
+    CHECK(run({"sources"}).output.find("Pedvar") != std::string::npos);
+}
+
+}  // namespace
+}  // namespace pedvar
