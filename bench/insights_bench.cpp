@@ -3,10 +3,10 @@
 /// insights_bench FOLDER: FOLDER is a data folder that was filled up to today.
 #include "bench.h"
 
+#include "apps/cli/health.h"
 #include "health/health_kit_manager.h"
 #include "insights/step_pace_baseline_store.h"
 #include "linux/health/sqlite_health_store.h"
-#include "linux/system/absent_services.h"
 #include "linux/system/clocks.h"
 #include "linux/system/event_loop.h"
 #include "linux/system/glibc_locale.h"
@@ -38,7 +38,7 @@ void measure(const std::filesystem::path& data) {
     HealthDatabase database(data / "health.sqlite");
     SqliteHealthStore store(loop, database, *zone.rules);
     HealthDiagnostics diagnostics(log);
-    NoStepGoalNotifications notifications;
+    StepGoalNews notifications;
     HealthKitManager manager(loop, clock, store, settings, diagnostics, notifications);
 
     const Calendar calendar = settings.calendar();

@@ -9,6 +9,7 @@ import argparse
 import json
 import os
 import random
+import resource
 import shutil
 import signal
 import sqlite3
@@ -47,9 +48,15 @@ def command(data, *words):
     return [str(options.pedvar), "--data", str(data), *map(str, words)]
 
 
+def processor_of_children():
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
 def run(data, *words, environment=None):
-    """The finished process with its output, its seconds and its peak memory in bytes."""
-    start = time.monotonic()
+    """The finished process with its output, its seconds on the clock and of the processor, and its peak memory in
+    bytes."""
+    start, before = time.monotonic(), processor_of_children()
     process = subprocess.Popen(command(data, *words), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                env={**os.environ, **(environment or {})})
     output = {}
@@ -67,6 +74,7 @@ def run(data, *words, environment=None):
     process.stdout.close(), process.stderr.close()
     process.out, process.err = output["out"], output["err"]
     process.seconds, process.memory = time.monotonic() - start, memory
+    process.processor = processor_of_children() - before  # whatever else the machine does meanwhile
     return process
 
 
@@ -262,7 +270,7 @@ def zip_bomb(folder):
         process = run(folder / "data", "import", bomb, "--json")
         expect(process.returncode == 1 and "error" in json.loads(process.out), process.out[:300])
         expect(process.memory < MEMORY_LIMIT, f"{process.memory / MEBIBYTE:.0f} MiB")
-        expect(process.seconds < 60, f"{process.seconds:.0f} s")
+        expect(process.processor < 60, f"{process.processor:.0f} s")
 
 
 if options.big:
@@ -288,7 +296,7 @@ if options.big:
             process = run(folder / "data", "import", folder / name, "--json")
             expect(process.returncode == 1 and "error" in json.loads(process.out), process.out[:300])
             expect(process.memory < MEMORY_LIMIT, f"{process.memory / MEBIBYTE:.0f} MiB")
-            expect(process.seconds < 120, f"{process.seconds:.0f} s")
+            expect(process.processor < 120, f"{process.processor:.0f} s")
 
 
 shutil.rmtree(work)
