@@ -28,6 +28,7 @@ public:
         std::filesystem::create_directories(counter_);
         writeFile(counter_ / "in_steps_en", "0");
         writeFile(counter_ / "in_steps_input", "1000\n");
+        thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
     }
 
     const std::string& device() const { return receiver_.device(); }
@@ -49,7 +50,7 @@ private:
     std::filesystem::path counter_;
     NmeaReceiver receiver_;
     std::atomic<int> goal_ = 0;
-    std::jthread thread_{[this](const std::stop_token& stop) { run(stop); }};
+    std::jthread thread_;
 };
 
 int countOf(const std::filesystem::path& database, const char* table) {

@@ -107,7 +107,7 @@ TEST_CASE_FIXTURE(Recording, "what makes no sense is refused with what would") {
         {{"record", "swim"}, 2, "\"swim\" is no kind of activity; valid: walk, run, hike, cycle."},
         {{"record", "walk", "--gpsd", "host:99999"}, 2, "is no HOST:PORT"},
         {{"record", "walk", "--gpsd", "::1"}, 2, "is no HOST:PORT"},
-        {{"record", "walk", "--save"}, 2, "--save requires --replay"},
+        {{"record", "walk", "--save"}, 2, "--save needs --replay"},
         {{"record", "walk", "--replay", "walk.gpx", "--speed", "2"}, 2, "valid: 1, 10, max"},
         {{"record", "walk", "--replay", "none.gpx"}, 1, "\"none.gpx\""},
         {{"record", "walk", "--replay", "timeless.gpx"}, 1, "have no times"},

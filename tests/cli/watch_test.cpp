@@ -22,7 +22,8 @@ using namespace std::chrono_literals;
 struct Watching {
     TemporaryFolder folder;
     std::optional<Program> desktop{
-        std::in_place, std::vector<std::string>{"dbus-run-session", "--", "/usr/bin/python3", PEDVAR_NOTIFICATION_SERVER}};
+        std::in_place,
+        std::vector<std::string>{"dbus-run-session", "--", "/usr/bin/python3", PEDVAR_NOTIFICATION_SERVER}};
     std::vector<std::string> environment{"DBUS_SESSION_BUS_ADDRESS=" + desktop->line(), zone(),
                                          "PEDVAR_STEP_COUNTERS=" + (folder / "counters").string()};
 

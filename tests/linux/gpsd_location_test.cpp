@@ -1,7 +1,7 @@
-#include "support/gpsd_rig.h"
 #include "linux/location/gpsd_location_manager.h"
 #include "linux/system/clocks.h"
 #include "linux/system/event_loop.h"
+#include "support/gpsd_rig.h"
 #include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
