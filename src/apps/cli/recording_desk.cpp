@@ -37,6 +37,9 @@ RecordingDesk::~RecordingDesk() {
 }
 
 void RecordingDesk::open() {
+    // A recording that is gone on with may have met it before anybody observed.
+    const auto& problem = recorder_.storageProblem.value();
+    if (problem && !hasScreen_) say(storageText(*problem, application_.text()));
     show(LiveScreen::Importance::high);
     timer_ = executor_.after(refreshing, [this] { tick(); });
 }

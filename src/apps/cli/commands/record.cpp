@@ -117,10 +117,17 @@ Report leftReport(const ActivityRecorderManager& recorder, const Application& ap
         document.front().second = {std::string("left")};
         return Report{std::move(document), std::move(problem)};
     }
-    return Report{text("The recording is kept. Within twelve hours `pedvar record {}` goes on with it;\n"
-                       "`pedvar record --finish` puts it into the history as it is.\n",
-                       caseName(recorder.activityType.value())),
-                  std::move(problem)};
+    const std::string_view type = caseName(recorder.activityType.value());
+    std::string view = problem
+                           ? text(
+                                 "The end of the recording could not be stored. Within twelve hours\n"
+                                 "`pedvar record {}` goes on with what was stored before.\n",
+                                 type)
+                           : text(
+                                 "The recording is kept. Within twelve hours `pedvar record {}` goes on with it;\n"
+                                 "`pedvar record --finish` puts it into the history as it is.\n",
+                                 type);
+    return Report{std::move(view), std::move(problem)};
 }
 
 CommandResult<Report> recordLive(const RecordRequest& request, ActivityType type, Application& application) {
