@@ -49,7 +49,7 @@ ImportReport import(const fs::path& document, const fs::path& store) {
     SampleWriter writer(database);
     const std::vector<fs::path> inputs{document};
     ImportReport report = HealthImporter(writer).run(inputs, [](const ImportProgress&) {}, {});
-    if (report.failure) fail(report.failure->message);
+    if (report.failure) fail(report.failure->message.inEnglish());
     return report;
 }
 
