@@ -18,20 +18,6 @@ bool write(std::FILE* file, const std::string& text) {
     return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
 }
 
-/// What a screen looks like on the terminal at hand: without blanks at the ends of lines.
-std::string finished(std::string_view screen, int descriptor) {
-    std::string result;
-    for (const char character : screen) {
-        if (character == '\n') result.erase(result.find_last_not_of(' ') + 1);
-        result += character;
-    }
-    return terminalBehind(descriptor, ColorOutput::never).charset == Charset::ascii ? toAscii(result) : result;
-}
-
-void tell(std::string_view message) {
-    write(stderr, finished(fmt::format("pedvar: {}\n", harmless(message)), STDERR_FILENO));
-}
-
 /// The texts of what is said around a command: in the language of the application once it is there, before in that
 /// of the preferences where they can be read. Nothing is looked at before the first text is asked for.
 class OuterTexts : public TextCatalogue {
