@@ -23,7 +23,10 @@ DefaultsResult CheckpointStore::save(const InProgressState& state, CheckpointTim
     std::vector<PartsChange> changes = removals(session, route);
     std::ranges::move(routeAdditions(session, route, storedPoints(session, route)), std::back_inserter(changes));
     changes.push_back(SetFrame{inProgressKey, *text});
-    if (auto written = documents_.write(changes); !written) return written;
+    if (auto written = documents_.write(changes); !written) {
+        lastCheckpointDate_.reset();  // the next one is due
+        return written;
+    }
     stored_ = {session, route.size()};
     lastCheckpointDate_ = state.checkpointDate;
     return {};

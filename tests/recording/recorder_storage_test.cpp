@@ -128,8 +128,11 @@ TEST_CASE_FIXTURE(Recording, "workouts that a kill or a failure has left are wri
 TEST_CASE_FIXTURE(Recording, "a full disk is told and loses nothing") {
     walk.start().fix().lasting(10s);
     documents.failure = DefaultsError{"The disk is full."};
-    walk.lasting(10s);
+    recorder->pauseRecording();
+    recorder->resumeRecording();
+    walk.lasting(1s);  // what was written a moment ago is not what failed
     CHECK(recorder->storageProblem.value() == "The disk is full.");
+    walk.lasting(9s);
     CHECK(!recorder->stopRecording());
     CHECK(recorder->isRecording);
     CHECK(launch->receiver.updatesLocation);
