@@ -25,16 +25,16 @@ std::optional<CLLocation> fixWith(const std::string& fields, const std::string& 
 }  // namespace
 
 TEST_CASE("accuracies come from the best that the receiver tells") {
-    const std::string sky = R"({"class":"SKY","hdop":1.2})";
+    const std::string sky = R"({"class":"SKY","hdop":1.2,"vdop":1.6})";
     struct Case {
         std::string fields, sky;
         double horizontal, vertical;
     };
     const std::vector<Case> cases{
         {R"("mode":3,"altMSL":5,"eph":10,"epx":3,"epy":4,"epv":20)", sky, 6.2, 10.2},
-        {R"("mode":3,"altMSL":5,"epx":3,"epy":4)", sky, 3.1, -1},
+        {R"("mode":3,"altMSL":5,"epx":3,"epy":4)", sky, 3.1, 8},
         {R"("mode":3,"epx":3,"epv":20)", sky, 6, -1},
-        {R"("mode":3,"altMSL":5)", "", 20, -1},
+        {R"("mode":3,"altMSL":5)", "", 20, 20},
         {R"("mode":2,"altMSL":5,"epv":20)", "", 40, -1},
         {R"("mode":2,"eph":10)", "", 6.2, -1},
         {R"("mode":3,"eph":-1,"epx":"3","epy":4)", R"({"class":"SKY","hdop":-2})", 20, -1},

@@ -69,10 +69,12 @@ GpsdMessage GpsdInterpreter::interpret(std::string_view line) {
     if (kind == "TPV") {
         GpsdReport report = reportIn(*message);
         report.horizontalDilution = horizontalDilution_;
+        report.verticalDilution = verticalDilution_;
         return report;
     }
     if (kind == "SKY") {
         horizontalDilution_ = sizeOf(*message, "hdop");
+        verticalDilution_ = sizeOf(*message, "vdop");
     } else if (kind == "DEVICES") {
         receivers_.clear();
         const JsonValue* const list = message->member("devices");

@@ -36,7 +36,7 @@ public:
 
 private:
     std::set<std::string> receivers_;  // by their paths
-    std::optional<double> horizontalDilution_;
+    std::optional<double> horizontalDilution_, verticalDilution_;
 };
 
 }  // namespace pedvar

@@ -20,6 +20,12 @@ double horizontalAccuracy(const GpsdReport& report, double factor) {
     return report.mode == GpsdReport::Mode::threeDimensional ? assumedThreeDimensional : assumedTwoDimensional;
 }
 
+double verticalAccuracy(const GpsdReport& report, double factor) {
+    if (report.verticalError) return factor * *report.verticalError;
+    if (report.verticalDilution) return accuracyPerDilution * *report.verticalDilution;
+    return assumedThreeDimensional;
+}
+
 }  // namespace
 
 std::optional<CLLocation> locationIn(const GpsdReport& report, const AccuracyFactors& factors, Date arrival) {
@@ -30,10 +36,9 @@ std::optional<CLLocation> locationIn(const GpsdReport& report, const AccuracyFac
                         .course = report.course.value_or(-1),
                         .speed = report.speed.value_or(-1),
                         .timestamp = report.time.value_or(arrival)};
-    const bool hasHeight = report.mode == GpsdReport::Mode::threeDimensional && report.altitude;
-    if (hasHeight && report.verticalError) {
+    if (report.mode == GpsdReport::Mode::threeDimensional && report.altitude) {
         location.altitude = *report.altitude;
-        location.verticalAccuracy = factors.vertical * *report.verticalError;
+        location.verticalAccuracy = verticalAccuracy(report, factors.vertical);
     }
     return location;
 }

@@ -23,7 +23,7 @@ struct GpsdReport {
     std::optional<Date> time;  // by the receiver's clock
     std::optional<double> latitude, longitude, altitude;
     std::optional<double> horizontalError, longitudeError, latitudeError, verticalError;  // 95 %
-    std::optional<double> horizontalDilution;  // of the precision, by how the satellites stand
+    std::optional<double> horizontalDilution, verticalDilution;  // of the precision, by how the satellites stand
     std::optional<double> speed, course;
     bool operator==(const GpsdReport&) const = default;
 };
