@@ -44,6 +44,17 @@ TEST_CASE_FIXTURE(Recording,
     checkGolden("replay.json", lastLine(document.output));
     CHECK(activities() == 0);
 
+    std::string track = sampleTrack();  // its first point behind all others
+    const auto first = track.find("<trkpt"), second = track.find("<trkpt", first + 1);
+    const std::string point = track.substr(first, second - first);
+    track.erase(first, point.size());
+    track.insert(track.find("</trkseg>"), point);
+    writeFile(folder / "jumbled.gpx", track);
+    const auto sinceType = [](const Outcome& outcome) {
+        return outcome.output.substr(outcome.output.rfind("\"activityType\""));
+    };
+    CHECK(sinceType(run({"record", "hike", "--replay", "jumbled.gpx", "--json"})) == sinceType(document));
+
     const std::string saved = run({"record", "hike", "--replay", "walk.gpx", "--save"}).output;
     CHECK(saved == screen.output);
     const Outcome again = run({"record", "hike", "--replay", "walk.gpx", "--save"});

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <list>
 #include <random>
 #include <system_error>
 #include <utility>
@@ -49,11 +50,11 @@ private:
 
 /// A recording to be played back.
 struct Recorded {
-    UUID identity;                  // of where and when it was
-    std::vector<CLLocation> fixes;  // in the order of the file; never empty
+    UUID identity;                // of where and when it was
+    std::list<CLLocation> fixes;  // by time, those of one moment as in the file; never empty
 
     UUID session(ActivityType type) const { return ReplayRandom(identity, type, 0).uuid(); }
-    Date start() const { return std::ranges::min(fixes, {}, &CLLocation::timestamp).timestamp; }
+    Date start() const { return fixes.front().timestamp; }
 };
 
 CommandResult<Recorded> readRecording(const std::string& path, ActivityType type, const Application& application) {
@@ -82,6 +83,8 @@ CommandResult<Recorded> readRecording(const std::string& path, ActivityType type
             if (isTimed) recorded.fixes.push_back(fix);
         }
     }
+    recorded.fixes.sort(
+        [](const CLLocation& left, const CLLocation& right) { return left.timestamp < right.timestamp; });
     return recorded;
 }
 
@@ -181,7 +184,7 @@ private:
     }
 
     Application& application_;
-    const std::vector<CLLocation>& fixes_;
+    const std::list<CLLocation>& fixes_;
     ActivityType type_;
     Date begin_;
     bool hasPoints_;
