@@ -128,5 +128,31 @@ TEST_CASE_FIXTURE(Watching, "steps of the kernel's counter become Pedvar's, also
     CHECK(run({"sources"}).output.find("Pedvar") != std::string::npos);
 }
 
+TEST_CASE_FIXTURE(Watching, "the day follows the machine to another zone, however that is set") {
+    const auto file = folder / "localtime";
+    const auto zoneIn = [&](int hourOfDay) {
+        const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+        const auto hour = static_cast<int>((now - std::chrono::floor<std::chrono::days>(now)) / 1h);
+        const int offset = (hourOfDay - hour + 36) % 24 - 12;
+        return fmt::format("/usr/share/zoneinfo/Etc/GMT{:+}", -offset);
+    };
+    const std::string afternoon = zoneIn(13), night = zoneIn(1);
+    std::filesystem::create_symlink(afternoon, file);
+    environment[1] = "TZ=:" + file.string();
+    writeFile(folder / "export.xml", exportOf(3h, 2h + 1min, 1'200));
+    REQUIRE(run({"import", "export.xml"}).exitCode == 0);
+    auto watcher = watch();
+    REQUIRE(reaches([&] { return hasTodaySteps(1'200); }));
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink(night, file);
+    CHECK(reaches([&] { return hasTodaySteps(0); }));
+    std::filesystem::remove(file);
+    std::filesystem::copy_file(afternoon, file);
+    CHECK(reaches([&] { return hasTodaySteps(1'200); }));
+    std::filesystem::copy_file(night, file, std::filesystem::copy_options::overwrite_existing);
+    CHECK(reaches([&] { return hasTodaySteps(0); }));
+    CHECK(watcher->end(SIGTERM) == 0);
+}
+
 }  // namespace
 }  // namespace pedvar
