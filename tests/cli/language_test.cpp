@@ -67,6 +67,7 @@ TEST_CASE_FIXTURE(Languages, "the chosen language goes before that of the system
 
 TEST_CASE_FIXTURE(Languages, "a process that runs for long follows a change of the language") {
     const EnvironmentVariable locale("LC_ALL", "C.UTF-8");
+    const EnvironmentVariable language("LANGUAGE", std::nullopt);  // in which gettext is told of it
     GlobalOptions options;
     options.dataFolder = (folder / "data").string();
     const auto opened = Application::open(options, Access::readOnly);
