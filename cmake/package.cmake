@@ -38,7 +38,9 @@ files: no account, no cloud.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS tzdata)
+# Libraries that only some commands load, so that no program names them: `update`, `record`, and notifications.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libcurl4, libgps28, libsystemd0, tzdata")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "gpsd, xdg-utils")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS

@@ -36,7 +36,7 @@ static_assert(isComplete<PublishedVersion>);
 struct UpdateCheckFailure {
     enum class Kind { noAddress, failed };
     Kind kind = Kind::failed;
-    std::string message;  // for people
+    Phrase message;  // for people
 };
 
 /// Asks the place that publishes Pedvar for the newest version. A version that the person dismissed is no news at

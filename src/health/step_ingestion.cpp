@@ -106,10 +106,12 @@ void StepIngestion::load() {
 /// The first reading of all says nothing of when its steps were taken.
 void StepIngestion::take(const StepReading& reading) {
     const Date now = clock_.now();
-    if (!state_) state_ = StepIngestionState{.moment = now, .epoch = reading.epoch, .reading = reading.steps};
+    const auto age = reading.age.count();
+    if (!state_) state_ = StepIngestionState{.epoch = reading.epoch, .reading = reading.steps, .age = age};
     const std::int64_t steps = stepsBetween({state_->reading, state_->epoch}, reading);
-    // Where the clock was set back, all that is known is that the steps were taken before now.
-    const StepSpan span{std::min(state_->moment, now - shortestSpan), now, steps};
+    const bool isOfSameBoot = state_->epoch == reading.epoch && state_->age <= age;
+    const Seconds duration(isOfSameBoot ? age - state_->age : age);
+    const StepSpan span{now - std::max(duration, shortestSpan), now, steps};
     if (steps > 0 && static_cast<double>(steps) > fastestCadence * (span.end - span.start).count()) {
         state_->setAside.push_back(span);
         if (state_->setAside.size() > mostSetAside) state_->setAside.erase(state_->setAside.begin());
@@ -118,17 +120,17 @@ void StepIngestion::take(const StepReading& reading) {
         const auto shares = sharedByDays(span, calendar);
         state_->pending.insert(state_->pending.end(), shares.begin(), shares.end());
     }
-    state_->moment = now;
     state_->epoch = reading.epoch;
     state_->reading = reading.steps;
+    state_->age = age;
 }
 
-/// Nothing but a later moment is saved from time to time only.
+/// Nothing but a higher age is saved from time to time only.
 DefaultsResult StepIngestion::saveState() {
-    if (saved_ && state_->moment - saved_->moment < longestUnsaved) {
-        StepIngestionState atSavedMoment = *state_;
-        atSavedMoment.moment = saved_->moment;
-        if (atSavedMoment == *saved_) return {};
+    if (saved_ && Seconds(state_->age - saved_->age) < longestUnsaved) {
+        StepIngestionState atSavedAge = *state_;
+        atSavedAge.age = saved_->age;
+        if (atSavedAge == *saved_) return {};
     }
     std::vector<DefaultsChange> changes;
     if (hasUnreadable_) {

@@ -33,13 +33,13 @@ std::vector<StepSpan> sharedByDays(const StepSpan& span, const Calendar& calenda
 
 /// How far a counter has been taken into the store.
 struct StepIngestionState {
-    Date moment;  // of the last reading
-    std::string epoch;
+    std::string epoch;  // of the last reading
     std::int64_t reading = 0;
+    double age = 0;                  // seconds that the machine had been on
     std::vector<StepSpan> pending;   // to be stored, or stored and not known to be
     std::vector<StepSpan> setAside;  // more steps than anybody takes, the latest ones
 
-    using Fields = FieldList<&StepIngestionState::moment, &StepIngestionState::epoch, &StepIngestionState::reading,
+    using Fields = FieldList<&StepIngestionState::epoch, &StepIngestionState::reading, &StepIngestionState::age,
                              &StepIngestionState::pending, &StepIngestionState::setAside>;
     bool operator==(const StepIngestionState&) const = default;
 };
@@ -51,8 +51,9 @@ inline constexpr const char* stepIngestionKey = "stepIngestion";
 /// one for each person at any time, in all processes. Lives on the main executor.
 ///
 /// Steps taken while no process read the counter count when the next one does; a reboot loses those that nobody
-/// has read. Nothing counts twice, wherever a process ends: what is to be stored is noted together with the
-/// reading that it brings the count to, and storing the same sample again adds nothing.
+/// has read. How long they took is told by the machine's age, whatever its clock is set to meanwhile. Nothing
+/// counts twice, wherever a process ends: what is to be stored is noted together with the reading that it brings
+/// the count to, and storing the same sample again adds nothing.
 class StepIngestion {
 public:
     static constexpr Seconds interval{60};

@@ -1,6 +1,7 @@
 /// A counter of steps that knows nothing of days and recordings.
 #pragma once
 
+#include "core/date.h"
 #include "platform/pedometer.h"
 
 #include <cstdint>
@@ -12,6 +13,7 @@ namespace pedvar {
 struct StepReading {
     std::int64_t steps = 0;  // since the counter began at 0
     std::string epoch;       // another one when the counter has begun anew: with the machine, or as another device
+    Seconds age{};           // how long the machine has been on, asleep or not
     bool operator==(const StepReading&) const = default;
 };
 

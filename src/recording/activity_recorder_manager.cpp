@@ -54,7 +54,7 @@ GPSQuality ActivityRecorderManager::gpsQuality() const {
 
 DefaultsResult ActivityRecorderManager::startRecording(ActivityType type) {
     if (!isRestored_) restore();
-    if (!isRestored_) return std::unexpected(DefaultsError{storageProblem->value_or("")});
+    if (!isRestored_) return std::unexpected(DefaultsError{storageProblem->value_or(Phrase())});
     if (isRunning()) return {};
     prepareLocationManager();
     const Date now = clock_.now();
@@ -112,7 +112,7 @@ DefaultsResult ActivityRecorderManager::stopRecording() {
     if (!isRunning()) return {};
     const ActivitySession session = completedSession();
     if (auto finished = checkpoints_.finish(session); !finished) {
-        storageProblem = finished.error().message.inEnglish();
+        storageProblem = finished.error().message;
         return finished;
     }
     faultPoint("session in history");
@@ -157,7 +157,7 @@ void ActivityRecorderManager::restore() {
     const auto state = checkpoints_.restore(clock_.now());
     workouts_.request();
     if (!state) {
-        storageProblem = state.error().message.inEnglish();
+        storageProblem = state.error().message;
         return;
     }
     isRestored_ = true;
@@ -326,7 +326,7 @@ InProgressState ActivityRecorderManager::makeCheckpoint() const {
 void ActivityRecorderManager::saveCheckpoint(CheckpointTiming timing) {
     if (!isRunning()) return;
     const DefaultsResult saved = checkpoints_.save(makeCheckpoint(), timing);
-    storageProblem = saved ? std::nullopt : std::optional(saved.error().message.inEnglish());
+    storageProblem = saved ? std::nullopt : std::optional(saved.error().message);
 }
 
 LiveActivityState ActivityRecorderManager::liveActivityState() const {

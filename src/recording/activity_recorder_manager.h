@@ -79,7 +79,7 @@ public:
     Published<double> gpsAccuracy;                // metres, of the current location
     Published<bool> didRestoreInProgressSession;  // the recording was begun by an earlier process
     /// Why the last checkpoint could not be written, for people; none when it was.
-    Published<std::optional<std::string>> storageProblem;
+    Published<std::optional<Phrase>> storageProblem;
 
     /// The finished sessions, newest first; their version tells of changes.
     const SessionHistory& savedSessions() const { return history_; }

@@ -59,6 +59,13 @@ TEST_CASE_FIXTURE(Languages, "the chosen language goes before that of the system
     CHECK(screen("C.UTF-8", {"goal"}) == "10.000 Schritte am Tag\n");
     CHECK(screen("C.UTF-8", {"week", "--help"}).contains("Aufruf: pedvar week"));
     CHECK(run("C.UTF-8", {"day", "2024-13-01"}).errors.contains("ist kein Tag"));
+    const auto inData = [&](Arguments words) {
+        words.insert(words.end(), {"--data", "data"});
+        return RunningPedvar(folder.path(), words);
+    };
+    CHECK(inData({"settings", "updateAddress", "http://127.0.0.1:1/"}).finish().exitCode == 0);
+    CHECK(inData({"update", "--check"}).finish().errors.contains("nicht bekannt: Keine Verbindung zum Server\n"));
+    CHECK(inData({"record", "walk", "--gpsd", "localhost:1"}).says("gpsd (keine Verbindung zu diesem Rechner"));
     REQUIRE(choose("english") == 0);
     CHECK(screen(german, {"streaks"}) == english);
     REQUIRE(choose("japanese") == 0);
@@ -67,6 +74,7 @@ TEST_CASE_FIXTURE(Languages, "the chosen language goes before that of the system
 
 TEST_CASE_FIXTURE(Languages, "a process that runs for long follows a change of the language") {
     const EnvironmentVariable locale("LC_ALL", "C.UTF-8");
+    const EnvironmentVariable language("LANGUAGE", std::nullopt);  // in which gettext is told of it
     GlobalOptions options;
     options.dataFolder = (folder / "data").string();
     const auto opened = Application::open(options, Access::readOnly);

@@ -1,6 +1,7 @@
 #include "cli/run_pedvar.h"
 #include "linux/system/clocks.h"
 #include "linux/system/sqlite_defaults.h"
+#include "support/environment.h"
 #include "support/program.h"
 #include "support/temporary_folder.h"
 
@@ -9,6 +10,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
 #include <optional>
 #include <thread>
@@ -21,9 +23,9 @@ using namespace std::chrono_literals;
 /// A session bus with a notification server on it, and the data of a person for whom it is one o'clock.
 struct Watching {
     TemporaryFolder folder;
-    std::optional<Program> desktop{
-        std::in_place,
-        std::vector<std::string>{"dbus-run-session", "--", "/usr/bin/python3", PEDVAR_NOTIFICATION_SERVER}};
+    std::optional<Program> desktop{std::in_place,
+                                   std::vector<std::string>{"dbus-run-session", "--", "/usr/bin/python3",
+                                                            PEDVAR_NOTIFICATION_SERVER, "actions"}};
     std::vector<std::string> environment{"DBUS_SESSION_BUS_ADDRESS=" + desktop->line(), zone(),
                                          "PEDVAR_STEP_COUNTERS=" + (folder / "counters").string()};
 
@@ -126,6 +128,69 @@ TEST_CASE_FIXTURE(Watching, "steps of the kernel's counter become Pedvar's, also
     CHECK(reaches([&] { return hasTodaySteps(30); }));
     CHECK(watcher->end(SIGTERM) == 0);
     CHECK(run({"sources"}).output.find("Pedvar") != std::string::npos);
+}
+
+TEST_CASE_FIXTURE(Watching, "what is chosen in a notification opens its page in the desktop's browser") {
+    const auto opener = folder / "bin/xdg-open", opened = folder / "opened";
+    std::filesystem::create_directory(folder / "bin");
+    writeFile(opener, "#!/bin/sh\necho \"$# $1\" >>'" + opened.string() + "'\n");
+    std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+    const EnvironmentVariable path("PATH", (folder / "bin").string() + ":" + std::getenv("PATH"));
+    const Program server{{"python3", PEDVAR_WEB_SERVER}};
+    const auto setting = [&](const char* name, const std::string& value) {
+        REQUIRE(run({"settings", name, value}).exitCode == 0);
+    };
+    setting("updateAddress", "http://127.0.0.1:" + server.line() + "/good");
+    setting("updatePage", "https://example.org/get?quiet&app=");
+    setting("reviewPage", "https://example.org/it's?app=7#stars");
+    const std::string update =
+        R"("Pedvar 99.1 is there", "Walks further.", "view", "View", "dismiss", "Dismiss", 0])";
+
+    auto watcher = watch();
+    CHECK(desktop->line() == "[1, " + update);
+    desktop->write("choose 1 view");
+    const std::string page = "1 https://example.org/get?quiet&app=1\n";
+    CHECK(reaches([&] { return readFile(opened) == page; }));
+    CHECK(watcher->end(SIGTERM) == 0);
+    watcher = watch();
+    CHECK(desktop->line() == "[2, " + update);
+    desktop->write("choose 2 dismiss");
+    CHECK(reaches([&] { return stored(false, "dismissed_update_99.1").has_value(); }));
+    CHECK(watcher->end(SIGTERM) == 0);
+    watcher = watch();  // the third time that Pedvar is opened
+    CHECK(desktop->line() == R"([3, "Do you like Pedvar?", "A rating helps others to find it.", )"
+                             R"("rate", "Rate", "later", "Later", 0])");
+    desktop->write("choose 3 rate");
+    const std::string review = "1 https://example.org/it's?app=7&action=write-review#stars\n";
+    CHECK(reaches([&] { return readFile(opened) == page + review; }));
+    CHECK(stored(false, "hasRatedApp") == DefaultsValue(true));
+    CHECK(watcher->end(SIGTERM) == 0);
+}
+
+TEST_CASE_FIXTURE(Watching, "the day follows the machine to another zone, however that is set") {
+    const auto file = folder / "localtime";
+    const auto zoneIn = [&](int hourOfDay) {
+        const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+        const auto hour = static_cast<int>((now - std::chrono::floor<std::chrono::days>(now)) / 1h);
+        const int offset = (hourOfDay - hour + 36) % 24 - 12;
+        return fmt::format("/usr/share/zoneinfo/Etc/GMT{:+}", -offset);
+    };
+    const std::string afternoon = zoneIn(13), night = zoneIn(1);
+    std::filesystem::create_symlink(afternoon, file);
+    environment[1] = "TZ=:" + file.string();
+    writeFile(folder / "export.xml", exportOf(3h, 2h + 1min, 1'200));
+    REQUIRE(run({"import", "export.xml"}).exitCode == 0);
+    auto watcher = watch();
+    REQUIRE(reaches([&] { return hasTodaySteps(1'200); }));
+    std::filesystem::remove(file);
+    std::filesystem::create_symlink(night, file);
+    CHECK(reaches([&] { return hasTodaySteps(0); }));
+    std::filesystem::remove(file);
+    std::filesystem::copy_file(afternoon, file);
+    CHECK(reaches([&] { return hasTodaySteps(1'200); }));
+    std::filesystem::copy_file(night, file, std::filesystem::copy_options::overwrite_existing);
+    CHECK(reaches([&] { return hasTodaySteps(0); }));
+    CHECK(watcher->end(SIGTERM) == 0);
 }
 
 }  // namespace

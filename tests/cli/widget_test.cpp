@@ -67,13 +67,29 @@ private:
     std::FILE* lines_ = nullptr;
 };
 
+/// Reaches the followers, and counts how often.
+class CountedWidgets : public WidgetCenter {
+public:
+    explicit CountedWidgets(const std::filesystem::path& folder) : followed_(folder) {}
+
+    int reloads = 0;
+
+    void reloadAllTimelines() override {
+        ++reloads;
+        followed_.reloadAllTimelines();
+    }
+
+private:
+    FollowedWidgets followed_;
+};
+
 struct Following {
     TemporaryFolder folder{memoryFolder()};
     SqliteDefaults defaults{folder.path(), SqliteDefaults::Access::readWrite};
     SystemClock clock;
     FakeLog log;
     AppGroupManager group{defaults, clock, log};
-    FollowedWidgets widgets{folder.path()};
+    CountedWidgets widgets{folder.path()};
 };
 
 std::int64_t stepsOf(const JsonValue& line) {
@@ -83,7 +99,7 @@ std::int64_t stepsOf(const JsonValue& line) {
 
 TEST_CASE_FIXTURE(Following,
                   "a follower sees the last of a thousand updates, none torn, a line a reload at most") {
-    constexpr int updateCount = 1000;
+    constexpr int updateCount = 1000, changeCount = 4;
     ProcessZone zone = processZone();
     const GlibcLocale locale(*zone.rules);
     const NlohmannJsonParser json;
@@ -93,11 +109,17 @@ TEST_CASE_FIXTURE(Following,
     preferences.sync();
     Follower follower(folder.path());
     CHECK(stepsOf(follower.next()) == 0);
+    widgets.reloads = 0;
     for (int number = 1; number <= updateCount; ++number) {
         group.saveTodayData(number, number, number);
         preferences.sync();  // nothing has changed, so that it reloads nothing
+        if (number % (updateCount / changeCount) == 0) {
+            REQUIRE(preferences.changePreferences(
+                [](UserPreferences& changed) { changed.hapticFeedbackEnabled = !changed.hapticFeedbackEnabled; }));
+        }
         widgets.reloadAllTimelines();
     }
+    CHECK(widgets.reloads == updateCount + changeCount);
     int lineCount = 0;
     std::int64_t seen = 0;
     while (seen < updateCount) {
@@ -109,7 +131,7 @@ TEST_CASE_FIXTURE(Following,
         seen = steps;
         ++lineCount;
     }
-    CHECK(lineCount <= updateCount);
+    CHECK(lineCount <= widgets.reloads);
     CHECK(follower.stopReading() == 0);
     CHECK(log.lines.empty());
 }

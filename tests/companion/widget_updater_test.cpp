@@ -82,6 +82,7 @@ TEST_CASE_FIXTURE(Updates, "refreshes during an update lead to exactly one more"
     store.answer();
     time.run(updater.finished());
     CHECK(updates() == 3);
+    CHECK(std::ranges::count(trace, "reload") == 1 + updates());  // the first has preferences to tell, too
 }
 
 TEST_CASE_FIXTURE(Updates, "an adopted goal is pushed back to the widgets by the same refresh") {

@@ -9,7 +9,6 @@
 #include <doctest/doctest.h>
 
 #include <map>
-#include <numeric>
 #include <optional>
 #include <string>
 #include <utility>
@@ -24,11 +23,26 @@ namespace {
 
 class FakeStepCounter : public StepCounter {
 public:
+    explicit FakeStepCounter(const VirtualTime& time) : time_(time) {}
+
     std::expected<StepReading, CMError> reading = StepReading{1'000, "first boot"};
 
     bool isAvailable() const override { return true; }
     CMAuthorizationStatus authorizationStatus() const override { return CMAuthorizationStatus::authorized; }
-    std::expected<StepReading, CMError> read() override { return reading; }
+    std::expected<StepReading, CMError> read() override {
+        auto answer = reading;
+        if (answer) answer->age = time_.elapsed() - booted_;
+        return answer;
+    }
+    /// The machine has been on for `age` by now.
+    void reboot(std::int64_t steps, Seconds age) {
+        reading = StepReading{steps, "second boot"};
+        booted_ = time_.elapsed() - age;
+    }
+
+private:
+    const VirtualTime& time_;
+    Seconds booted_{-3600};
 };
 
 /// A watcher, which can be killed and started again, on the evening of 1 May in a zone two hours ahead.
@@ -64,7 +78,7 @@ public:
     VirtualTime time{utc(year(2026) / May / 1, 20h)};
     FakeZone zone{2h};
     FakeLocale locale{zone};
-    FakeStepCounter counter;
+    FakeStepCounter counter{time};
     FakeHealthStore store{zone};
     std::vector<std::string> trace;
     FakeDefaults defaults{trace};
@@ -128,16 +142,16 @@ TEST_CASE_FIXTURE(Watching, "restarts count what came meanwhile once, and reboot
     restart();
     CHECK(stepsByDay() == Days{{1, 80}});
     ingestion.reset();
-    time.advance(1h);
+    time.advance(3h);  // past midnight, before which the new boot has counted nothing
     SUBCASE("lower than before") {
-        counter.reading = StepReading{40, "second boot"};
+        counter.reboot(40, 10min);
         restart();
-        CHECK(stepsByDay() == Days{{1, 120}});
+        CHECK(stepsByDay() == Days{{1, 80}, {2, 40}});
     }
     SUBCASE("higher than before") {
-        counter.reading = StepReading{5'000, "second boot"};
+        counter.reboot(5'000, 50min);
         restart();
-        CHECK(stepsByDay() == Days{{1, 5'080}});
+        CHECK(stepsByDay() == Days{{1, 80}, {2, 5'000}});
     }
 }
 
@@ -189,18 +203,21 @@ TEST_CASE_FIXTURE(Watching, "a counter that cannot be read is named, and its ste
     CHECK(stepsByDay() == Days{{1, 30}});
 }
 
-TEST_CASE_FIXTURE(Watching, "a clock that is set counts no step twice and loses none") {
-    steps(10);
+TEST_CASE_FIXTURE(Watching, "a clock that is set brings no step to another day, loses none and doubles none") {
+    steps(110);
     time.advance(60s);
-    time.setClock(time.now() - 1h);
-    steps(10);
+    for (const auto change : {-1h, +1h, +24h}) {
+        time.setClock(time.now() + change);
+        steps(110);
+        time.advance(60s);
+    }
+    CHECK(stepsByDay() == Days{{1, 330}, {2, 110}});
+    ingestion.reset();
+    time.setClock(time.now() - 24h);
+    steps(110);
     time.advance(60s);
-    time.setClock(time.now() + 2h);
-    steps(10);
-    time.advance(60s);
-    const auto days = stepsByDay();
-    CHECK(std::accumulate(days.begin(), days.end(), 0.0,
-                          [](double sum, const auto& day) { return sum + day.second; }) == 30);
+    restart();
+    CHECK(stepsByDay() == Days{{1, 440}, {2, 110}});
 }
 
 TEST_CASE_FIXTURE(Watching, "what an idle counter costs is a write in a quarter of an hour") {

@@ -4,18 +4,37 @@
 #include "linux/system/folder_watch.h"
 #include "linux/system/readiness.h"
 #include "linux/system/wall_clock_alarm.h"
+#include "linux/system/widget_reloads.h"
 #include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 #include <sys/eventfd.h>
+#include <sys/syscall.h>
+#include <sys/timerfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <set>
+#include <utility>
 
 using namespace pedvar;
 using namespace std::chrono_literals;
+
+namespace {
+
+bool clockWasSet = false;
+
+}  // namespace
+
+/// In place of the C library's: like the kernel, it sets the timer and says once that the clock was set meanwhile.
+extern "C" int timerfd_settime(int timer, int flags, const itimerspec* time, itimerspec* before) noexcept {
+    const auto result = static_cast<int>(syscall(SYS_timerfd_settime, timer, flags, time, before));
+    if (!std::exchange(clockWasSet, false)) return result;
+    errno = ECANCELED;
+    return -1;
+}
 
 namespace {
 
@@ -93,6 +112,23 @@ TEST_CASE_FIXTURE(Waiting, "an alarm rings when its moment is over, at once for 
     alarm.set(clock.now() + 1h);
     alarm.set(dateFromUnix(-5));
     CHECK(reaches([&] { return rings == 3; }));
+}
+
+TEST_CASE_FIXTURE(Waiting,
+                  "a clock that was set since it was looked at rings the alarm and ends a follower's wait") {
+    const Date later = SystemClock().now() + 1h;
+    int rings = 0;
+    WallClockAlarm alarm(readiness, [&] { ++rings; });
+    clockWasSet = true;
+    alarm.set(later);
+    CHECK(reaches([&] { return rings == 1; }));
+    const TemporaryFolder folder;
+    auto reloads = WidgetReloads::of(folder.path());
+    REQUIRE(reloads);
+    clockWasSet = true;
+    CHECK(reloads->wait(later, STDOUT_FILENO) == WidgetReloads::Wake::time);
+    FollowedWidgets(folder.path()).reloadAllTimelines();
+    CHECK(reloads->wait(later, STDOUT_FILENO) == WidgetReloads::Wake::reload);
 }
 
 TEST_CASE_FIXTURE(Waiting, "a program's end is told with its code, and who loses interest ends it") {

@@ -2,6 +2,7 @@
 #include "linux/system/posix_zone.h"
 #include "linux/system/process_zone.h"
 #include "support/environment.h"
+#include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 
@@ -112,4 +113,30 @@ TEST_CASE("the process zone follows every form of TZ and says when it cannot") {
         if (each.noonInUtc) CHECK(zone.rules->localTime(utc("2024-07-01 12:00:00")) == local(*each.noonInUtc));
         CHECK(zone.warning.has_value() == each.warns);
     }
+}
+
+TEST_CASE("a zone file that is replaced is another zone, as a link and as a copy") {
+    namespace fs = std::filesystem;
+    const TemporaryFolder folder;
+    const fs::path file = folder / "localtime", database = "/usr/share/zoneinfo";
+    const EnvironmentVariable variable("TZ", ":" + file.string());
+    CHECK(zoneFile() == file);
+    CHECK(processZone().warning);
+    const auto noon = [] { return processZone().rules->localTime(utc("2024-07-01 12:00:00")); };
+    fs::create_symlink(database / "Asia/Tokyo", file);
+    CHECK(noon() == local("2024-07-01 21:00:00"));
+    const std::string tokyo = processZone().rules->name();
+    fs::remove(file);
+    fs::create_symlink(database / "Europe/Berlin", file);
+    CHECK(noon() == local("2024-07-01 14:00:00"));
+    CHECK(processZone().rules->name() != tokyo);
+    fs::remove(file);
+    fs::copy_file(database / "Asia/Tokyo", file);
+    CHECK(noon() == local("2024-07-01 21:00:00"));
+    const std::string copied = processZone().rules->name();
+    fs::copy_file(database / "Europe/London", file, fs::copy_options::overwrite_existing);
+    CHECK(noon() == local("2024-07-01 13:00:00"));
+    CHECK(processZone().rules->name() != copied);
+    fs::copy_file(database / "Asia/Tokyo", file, fs::copy_options::overwrite_existing);
+    CHECK(processZone().rules->name() == copied);
 }

@@ -30,7 +30,7 @@ struct Web {
     }
     std::string problem(const std::string& path, Seconds longestTime = 10s) {
         const Answer answer = fetch(path, longestTime);
-        return answer ? "none" : answer.error().localizedDescription;
+        return answer ? "none" : answer.error().localizedDescription.inEnglish();
     }
 };
 
@@ -49,8 +49,8 @@ TEST_CASE_FIXTURE(Web, "a document is fetched with its status, through redirects
     const Answer failed = fetch("error");
     REQUIRE(failed);
     CHECK(failed->statusCode == 500);
-    CHECK(problem("circle") == "Maximum (5) redirects followed");
-    CHECK(problem("elsewhere").find("file") != std::string::npos);
+    CHECK(problem("circle").find("redirects") != std::string::npos);
+    CHECK(problem("elsewhere") == "Unsupported protocol");
 }
 
 TEST_CASE_FIXTURE(Web, "what is too long, too slow or cut off is no answer") {
@@ -58,14 +58,14 @@ TEST_CASE_FIXTURE(Web, "what is too long, too slow or cut off is no answer") {
     CHECK(problem("endless") == "The answer is longer than 1048576 bytes.");
     CHECK(problem("slow", 0.3s) == "There is no whole answer after 0.3 seconds.");
     CHECK(problem("silent", 0.3s) == "There is no whole answer after 0.3 seconds.");
-    CHECK(problem("cut").find("remaining") != std::string::npos);
+    CHECK(problem("cut").find("partial") != std::string::npos);
 }
 
 TEST_CASE_FIXTURE(Web, "nobody there, and an address of something else, are told") {
     address = "http://127.0.0.1:1/";
     CHECK(problem("good").find("onnect") != std::string::npos);
     address = "file:///etc/";
-    CHECK(problem("hostname").find("not supported") != std::string::npos);
+    CHECK(problem("hostname") == "Unsupported protocol");
     address = "https://";
     CHECK(problem("") != "none");
 }

@@ -22,6 +22,8 @@ public:
     Date now() const override { return now_; }
     /// Sets the clock without passing time: what is due stays as far off as it was.
     void setClock(Date now) { now_ = now; }
+    /// The time that has passed, whatever the clock shows.
+    Seconds elapsed() const { return elapsed_; }
 
     void post(Job job) override {
         const std::scoped_lock lock(mutex_);

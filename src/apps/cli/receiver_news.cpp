@@ -32,7 +32,7 @@ void ReceiverNews::hear(const ReceiverCondition& condition) {
 
 std::string ReceiverNews::sentence(const ReceiverCondition& condition) const {
     const std::string where = address_.text();
-    const std::string reason = harmless(condition.reason);
+    const std::string reason = harmless(text_.of(condition.reason));
     switch (condition.state) {
         case State::connecting:
             break;

@@ -26,7 +26,7 @@ RecordingDesk::RecordingDesk(MainExecutor& executor, const Clock& clock, Activit
       screen_(application.screen()),
       calendar_(application.calendar()),
       hasScreen_(!application.wantsJson() && terminalBehind(STDOUT_FILENO, ColorOutput::never).isInteractive),
-      storageProblem_(recorder.storageProblem.observe([this](const std::optional<std::string>& problem) {
+      storageProblem_(recorder.storageProblem.observe([this](const std::optional<Phrase>& problem) {
           if (problem && hasScreen_) return;  // it stands there while it lasts
           const Texts& text = application_.text();
           say(problem ? storageText(*problem, text) : text("The recording is stored again."));
@@ -47,7 +47,8 @@ void RecordingDesk::open() {
 void RecordingDesk::tick() {
     timer_ = executor_.after(refreshing, [this] { tick(); });
     if (application_.wantsJson()) {
-        const std::string line = jsonText({statusDocument(recorder_, clock_.now(), calendar_)}) + "\n";
+        const std::string line =
+            jsonText({statusDocument(recorder_, clock_.now(), calendar_, application_.text())}) + "\n";
         std::fwrite(line.data(), 1, line.size(), stdout);
         std::fflush(stdout);
     } else {

@@ -36,13 +36,15 @@ std::string stateText(const ActivityRecorderManager& recorder, const Texts& text
 
 }  // namespace
 
-std::string storageText(const std::string& problem, const Texts& text) {
-    return text("The recording goes on, but cannot be stored now. {}", harmless(problem));
+std::string storageText(const Phrase& problem, const Texts& text) {
+    return text("The recording goes on, but cannot be stored now. {}", harmless(text.of(problem)));
 }
 
-JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar) {
+JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar,
+                          const Texts& text) {
     const GPSQuality quality = recorder.gpsQuality();
     const auto& location = recorder.currentLocation.value();
+    const auto& problem = recorder.storageProblem.value();
     return {
         {"state", {std::string(stateOf(recorder))}},
         {"time", {isoText(now, calendar)}},
@@ -58,7 +60,7 @@ JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, con
         {"points", {static_cast<std::int64_t>(recorder.routeCoordinates->size())}},
         {"gpsAccuracy", location ? JsonValue{recorder.gpsAccuracy.value()} : JsonValue{}},
         {"gpsQuality", {std::string(quality.label)}},
-        {"storageProblem", orNull(recorder.storageProblem.value())},
+        {"storageProblem", problem ? JsonValue{text.of(*problem)} : JsonValue{}},
     };
 }
 

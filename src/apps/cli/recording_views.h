@@ -12,10 +12,11 @@
 namespace pedvar {
 
 /// "recording", "autoPaused" or "paused".
-JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar);
+JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, const Calendar& calendar,
+                          const Texts& text);
 
 /// Why the last checkpoint could not be written.
-std::string storageText(const std::string& problem, const Texts& text);
+std::string storageText(const Phrase& problem, const Texts& text);
 
 /// The values as they stand on the screen, a line each.
 std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, const Screen& screen,

@@ -83,24 +83,25 @@ struct GpsdConnection::State {
         if (count > 0) {
             received.append(bytes.data(), static_cast<std::size_t>(count));
             if (received.size() <= longestLine) return {};
-            return std::unexpected(GpsdEnd{"what it says has no end"});
+            return std::unexpected(GpsdEnd{Phrase("what it says has no end")});
         }
-        if (count == 0) return std::unexpected(GpsdEnd{"it has ended the connection"});
+        if (count == 0) return std::unexpected(GpsdEnd{Phrase("it has ended the connection")});
         if (errno == EAGAIN || errno == EINTR) return {};
-        return std::unexpected(GpsdEnd{std::strerror(errno)});
+        return std::unexpected(GpsdEnd{Phrase(std::strerror(errno))});
     }
 };
 
-std::expected<GpsdConnection, std::string> GpsdConnection::open(const GpsdAddress& address) {
-    if (!libgps().isComplete) return std::unexpected(std::string("the library " PEDVAR_LIBGPS " is missing"));
+std::expected<GpsdConnection, Phrase> GpsdConnection::open(const GpsdAddress& address) {
+    if (!libgps().isComplete)
+        return std::unexpected(Phrase("the library {} is missing", {std::string(PEDVAR_LIBGPS)}));
     auto state = std::make_unique<State>();
     // The library leaves a code of its own in the place of the system's.
     if (libgps().open(address.host.c_str(), address.port.c_str(), &state->data) != 0) {
-        return std::unexpected(std::string(libgps().errstr(errno)));
+        return std::unexpected(Phrase(libgps().errstr(errno)));
     }
     state->isOpen = true;
     if (libgps().stream(&state->data, WATCH_ENABLE | WATCH_JSON, nullptr) < 0) {
-        return std::unexpected(std::string(std::strerror(errno)));
+        return std::unexpected(Phrase(std::strerror(errno)));
     }
     return GpsdConnection(std::move(state));
 }

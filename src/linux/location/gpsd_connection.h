@@ -22,7 +22,7 @@ struct GpsdAddress {
 class GpsdConnection {
 public:
     /// Why there is none is for people.
-    static std::expected<GpsdConnection, std::string> open(const GpsdAddress& address);
+    static std::expected<GpsdConnection, Phrase> open(const GpsdAddress& address);
     GpsdConnection(GpsdConnection&&) noexcept;
     GpsdConnection& operator=(GpsdConnection&&) noexcept;
     ~GpsdConnection();

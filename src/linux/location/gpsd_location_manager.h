@@ -20,7 +20,7 @@ struct ReceiverCondition {
     enum class State { connecting, noDaemon, noReceiver, silent, noFix, fix };
 
     State state = State::connecting;
-    std::string reason;  // of `noDaemon`, for people
+    Phrase reason;  // of `noDaemon`, for people
     bool operator==(const ReceiverCondition&) const = default;
 };
 

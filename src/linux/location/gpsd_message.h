@@ -2,6 +2,7 @@
 #pragma once
 
 #include "linux/location/gpsd_report.h"
+#include "platform/phrase.h"
 
 #include <cstddef>
 #include <optional>
@@ -23,7 +24,7 @@ struct GpsdSilence {
 };
 /// The connection has ended.
 struct GpsdEnd {
-    std::string reason;  // for people
+    Phrase reason;  // for people
     bool operator==(const GpsdEnd&) const = default;
 };
 using GpsdMessage = std::variant<GpsdReport, GpsdReceivers, GpsdSilence, GpsdEnd>;

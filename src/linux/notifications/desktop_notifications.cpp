@@ -93,7 +93,7 @@ public:
         : executor_(executor), responses_(responses) {}
     std::expected<void, NotificationError> connect(Readiness& readiness) {
         const Library& with = systemd();
-        if (with.library.problem()) return std::unexpected(NotificationError{*with.library.problem()});
+        if (with.library.problem()) return std::unexpected(NotificationError{with.library.problem()->inEnglish()});
         sd_bus* opened = nullptr;
         int result = with.openUser(&opened);
         bus_.reset(opened);

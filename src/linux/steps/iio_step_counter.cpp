@@ -7,7 +7,9 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
+#include <ctime>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -42,6 +44,12 @@ std::expected<void, int> switchOn(const fs::path& path) {
     close(file);
     if (!isWritten) return std::unexpected(failure);
     return {};
+}
+
+Seconds sinceBoot() {
+    timespec time{};
+    clock_gettime(CLOCK_BOOTTIME, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 std::optional<fs::path> stepCounterIn(const fs::path& devices) {
@@ -91,7 +99,7 @@ std::expected<StepReading, CMError> IIOStepCounter::read() {
     const char* const end = line->data() + line->size();
     const auto [rest, problem] = std::from_chars(line->data(), end, steps);
     if (problem != std::errc() || rest != end || steps < 0) return failed(path, "\"" + *line + "\" is no count");
-    return StepReading{steps, epoch_};
+    return StepReading{steps, epoch_, sinceBoot()};
 }
 
 }  // namespace pedvar

@@ -4,6 +4,7 @@
 #include "core/calendar.h"
 #include "platform/phrase.h"
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -18,5 +19,9 @@ struct ProcessZone {
 /// The zone that TZ names, as a name, a path or a rule, with or without a colon before it; without TZ the
 /// machine's, /etc/localtime. An empty TZ, and a machine that has no zone, mean UTC.
 ProcessZone processZone();
+
+/// The file that `processZone` reads and that is another one when the zone changes; none where TZ names a zone or
+/// is a rule.
+std::optional<std::filesystem::path> zoneFile();
 
 }  // namespace pedvar

@@ -1,8 +1,9 @@
 /// Other people's libraries that only some commands need.
 #pragma once
 
+#include "platform/phrase.h"
+
 #include <optional>
-#include <string>
 #include <type_traits>
 
 namespace pedvar {
@@ -36,13 +37,13 @@ public:
     Function function(const char* name);
 
     /// The first thing that was found missing, for people. Without any, all functions asked for are there.
-    const std::optional<std::string>& problem() const { return problem_; }
+    const std::optional<Phrase>& problem() const { return problem_; }
 
 private:
     void* handle_;
     const char* file_;
     const char* package_;
-    std::optional<std::string> problem_;
+    std::optional<Phrase> problem_;
 };
 
 }  // namespace pedvar

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <utility>
@@ -33,8 +34,12 @@ void WallClockAlarm::set(Date moment) {
     const double seconds = std::max(1.0, std::ceil(unixSeconds(moment)));
     itimerspec time{};
     time.it_value.tv_sec = static_cast<time_t>(seconds);
-    check(timerfd_settime(descriptor_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr) == 0,
-          "the timer cannot be set");
+    constexpr int flags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
+    if (timerfd_settime(descriptor_, flags, &time, nullptr) == 0) return;
+    // Somebody set the clock since it was looked at, which is told once, so that `moment` may be a wrong one.
+    check(errno == ECANCELED, "the timer cannot be set");
+    time.it_value.tv_sec = 1;
+    check(timerfd_settime(descriptor_, flags, &time, nullptr) == 0, "the timer cannot be set");
 }
 
 }  // namespace pedvar

@@ -52,7 +52,7 @@ const Curl& curl() {
 
 using Outcome = std::expected<URLResponse, URLError>;
 
-std::unexpected<URLError> failure(std::string message) {
+std::unexpected<URLError> failure(Phrase message) {
     return std::unexpected(URLError{std::move(message)});
 }
 
@@ -65,8 +65,8 @@ public:
           multi_(curl().multiInit(), curl().multiCleanup) {}
 
     Outcome run(const std::stop_token& stop) {
-        if (!easy_ || !multi_) return failure("There is no memory to fetch with.");
-        if (!prepare()) return failure(fmt::format("\"{}\" cannot be asked for.", request_.address));
+        if (!easy_ || !multi_) return failure(Phrase("There is no memory to fetch with."));
+        if (!prepare()) return failure(Phrase("\"{}\" cannot be asked for.", {request_.address}));
         curl().add(multi_.get(), easy_.get());
         const std::stop_callback wake(stop, [this] { curl().wakeUp(multi_.get()); });
         int running = 1;
@@ -80,15 +80,15 @@ public:
         long status = 0;
         curl().information(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
         curl().remove(multi_.get(), easy_.get());
-        if (!result) return failure("The request was broken off.");
+        if (!result) return failure(Phrase("The request was broken off."));
         if (isTooLong_ || *result == CURLE_FILESIZE_EXCEEDED) {
-            return failure(fmt::format("The answer is longer than {} bytes.", request_.largestBody));
+            return failure(Phrase("The answer is longer than {} bytes.", {std::to_string(request_.largestBody)}));
         }
         if (*result == CURLE_OPERATION_TIMEDOUT) {
-            return failure(
-                fmt::format("There is no whole answer after {:g} seconds.", request_.longestTime.count()));
+            return failure(Phrase("There is no whole answer after {} seconds.",
+                                  {fmt::format("{:g}", request_.longestTime.count())}));
         }
-        if (*result != CURLE_OK) return failure(describe(*result));
+        if (*result != CURLE_OK) return failure(Phrase(curl().describe(*result)));
         return URLResponse{static_cast<int>(status), std::move(body_)};
     }
 
@@ -104,8 +104,7 @@ private:
                set(CURLOPT_FOLLOWLOCATION, 1L) && set(CURLOPT_MAXREDIRS, mostRedirects) &&
                set(CURLOPT_ACCEPT_ENCODING, "") && set(CURLOPT_NOSIGNAL, 1L) && set(CURLOPT_TIMEOUT_MS, longest) &&
                set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(request_.largestBody)) &&
-               set(CURLOPT_ERRORBUFFER, reason_) && set(CURLOPT_WRITEDATA, this) &&
-               set(CURLOPT_WRITEFUNCTION, &Transfer::take);
+               set(CURLOPT_WRITEDATA, this) && set(CURLOPT_WRITEFUNCTION, &Transfer::take);
     }
     template <class Value>
     bool set(CURLoption option, Value value) {
@@ -122,12 +121,9 @@ private:
         return length;
     }
 
-    std::string describe(CURLcode result) const { return *reason_ ? reason_ : curl().describe(result); }
-
     URLRequest request_;
     std::string body_;
     bool isTooLong_ = false;
-    char reason_[CURL_ERROR_SIZE] = {};
     std::unique_ptr<CURL, decltype(&::curl_easy_cleanup)> easy_;
     std::unique_ptr<CURLM, decltype(&::curl_multi_cleanup)> multi_;
 };

@@ -24,7 +24,7 @@ public:
         if (makePrivateFolder(folder.parent_path()) == 0 && ::mkdtemp(path.data())) return PreparedFolder(path);
         return std::unexpected(CommandError{
             ErrorKind::unwritable,
-            fmt::format("\"{}\" cannot be written: {}.", folder.parent_path().string(), std::strerror(errno))});
+            Phrase("\"{}\" cannot be written: {}.", {folder.parent_path().string(), std::strerror(errno)})});
     }
     PreparedFolder(PreparedFolder&& other) noexcept : path_(std::exchange(other.path_, {})) {}
     PreparedFolder& operator=(PreparedFolder&&) = delete;

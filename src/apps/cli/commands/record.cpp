@@ -113,7 +113,7 @@ Report leftReport(const ActivityRecorderManager& recorder, const Application& ap
     if (const auto& reason = recorder.storageProblem.value())
         problem = CommandError{ErrorKind::unwritable, *reason};
     if (application.wantsJson()) {
-        JsonObject document = statusDocument(recorder, application.clock().now(), application.calendar());
+        JsonObject document = statusDocument(recorder, application.clock().now(), application.calendar(), text);
         document.front().second = {std::string("left")};
         return Report{std::move(document), std::move(problem)};
     }
@@ -214,7 +214,7 @@ CommandResult<ProcessLock> takeLock(const Application& application, const std::s
     }
     return std::unexpected(
         CommandError{ErrorKind::unwritable,
-                     text("\"{0}\" cannot be written: {1}.", file.string(), std::strerror(lock.error().error))});
+                     Phrase("\"{}\" cannot be written: {}.", {file.string(), std::strerror(lock.error().error)})});
 }
 
 std::filesystem::path healthFile(const Application& application) {

@@ -38,7 +38,7 @@ CommandError errorOf(const UpdateCheckFailure& failure, const Texts& text) {
         return {ErrorKind::noAddress,
                 text("Nobody can be asked for updates; `pedvar settings updateAddress ADDRESS` says whom.")};
     }
-    return {ErrorKind::checkFailed, text("The newest version is not known: {}", failure.message)};
+    return {ErrorKind::checkFailed, Phrase("The newest version is not known: {}", {failure.message})};
 }
 
 /// What keeps the person from the page or from dismissing the update.

@@ -12,9 +12,8 @@ namespace {
 
 CommandError errorOf(const ProcessLock::Refusal& refusal, const Application& application) {
     if (!refusal.owner) {
-        return {ErrorKind::unwritable,
-                application.text()("The folder {0} cannot be written: {1}.", application.folder().string(),
-                                   std::strerror(refusal.error))};
+        return {ErrorKind::unwritable, Phrase("The folder {0} cannot be written: {1}.",
+                                              {application.folder().string(), std::strerror(refusal.error)})};
     }
     return {ErrorKind::alreadyWatching,
             application.text()("Another process watches this folder already: process {}.", *refusal.owner)};

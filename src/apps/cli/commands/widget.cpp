@@ -97,8 +97,8 @@ std::string i3blocksLine(const Shown& shown) {
 
 /// The language is that of the preferences in the suite; the other store is left alone.
 std::string line(Format format, const DefaultsSnapshot& suite, const Application& application,
-                 GettextTexts& catalogue) {
-    const Calendar calendar(application.locale().zone(), application.locale().firstWeekday());
+                 const Locale& region, GettextTexts& catalogue) {
+    const Calendar calendar(region.zone(), region.firstWeekday());
     const WidgetReading reading(suite, calendar, calendar.day(application.clock().now()));
     const auto& json = application.json();
     if (format == Format::json) {
@@ -108,7 +108,7 @@ std::string line(Format format, const DefaultsSnapshot& suite, const Application
     const std::string_view language = names(preferences.appLanguage).code;
     catalogue.speak(language);
     const Texts text(catalogue);
-    const LanguageLocale locale(application.locale(), language);
+    const LanguageLocale locale(region, language);
     const Shown shown{reading.snapshot(), preferences, Figures(locale, preferences, text), text};
     if (format == Format::waybar) return waybarLine(shown);
     if (format == Format::i3blocks) return i3blocksLine(shown);
@@ -122,12 +122,14 @@ std::optional<CommandError> follow(Format format, Application& application, cons
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     Suite suite(application.folder());
     GettextTexts catalogue;
-    const Calendar calendar(application.locale().zone(), application.locale().firstWeekday());
     while (true) {
+        const ProcessZone zone = processZone();  // the machine may have moved
+        const GlibcLocale region(*zone.rules);
+        const Calendar calendar(*zone.rules, region.firstWeekday());
         const Date midnight = calendar.interval(calendar.day(application.clock().now())).end;
         const auto values = suite.read();
         if (!values) return values.error();
-        sink(line(format, *values, application, catalogue) + "\n");
+        sink(line(format, *values, application, region, catalogue) + "\n");
         const auto woken = reloads->wait(midnight, STDOUT_FILENO);
         if (!woken) return errorOf(woken.error());
         if (*woken == WidgetReloads::Wake::readerGone) return std::nullopt;
@@ -167,10 +169,11 @@ CommandResult<Report> run(const WidgetRequest& request, Application& application
     const auto values = Suite(application.folder()).read();
     if (!values) return std::unexpected(values.error());
     GettextTexts catalogue;
-    return Report{LongAnswer([text = line(*format, *values, application, catalogue)](const TextSink& sink) {
-        sink(text + "\n");
-        return std::optional<CommandError>();
-    })};
+    return Report{LongAnswer(
+        [text = line(*format, *values, application, application.locale(), catalogue)](const TextSink& sink) {
+            sink(text + "\n");
+            return std::optional<CommandError>();
+        })};
 }
 
 }  // namespace pedvar

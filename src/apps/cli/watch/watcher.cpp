@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <numeric>
 #include <utility>
 
@@ -88,10 +87,14 @@ void Watcher::watchFiles() {
     };
     dataWatch_ = watch(application_.folder(),
                        [this](const std::vector<std::string>& names) { somethingWasWritten(names); });
-    if (std::getenv("TZ")) return;
-    zoneWatch_ = watch("/etc", [this](const std::vector<std::string>& names) {
-        if (names.empty() || std::ranges::find(names, "localtime") != names.end()) lookAtZone();
+    const auto file = zoneFile();
+    if (!file) return;
+    zoneWatch_ = watch(file->parent_path(), [this, name = file->filename().string()](const auto& names) {
+        const bool isNews = names.empty() || std::ranges::find(names, name) != names.end();
+        // Who replaces a file may remove it first.
+        if (isNews) zoneChanged_ = application_.loop().after(settlingTime, [this] { lookAtZone(); });
     });
+    lookAtZone();  // which may have changed before it was watched
 }
 
 void Watcher::somethingWasWritten(const std::vector<std::string>& names) {

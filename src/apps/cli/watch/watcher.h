@@ -75,7 +75,7 @@ private:
     std::unique_ptr<FolderWatch> dataWatch_, zoneWatch_;
     std::unique_ptr<DropFolder> dropFolder_;
     std::optional<Day> openedOn_;
-    Timer changed_;
+    Timer changed_, zoneChanged_;
     Completion<Ending> ended_;
     CoalescedWork refreshes_;
     TaskScope tasks_;  // last: its coroutines use what stands above
