@@ -43,9 +43,9 @@ private:
 struct Shown : ManagerFixture {
     std::optional<Desktop> desktop;
     Readiness readiness{time};
-    DesktopNotifications notifications{time, readiness};
+    std::optional<DesktopNotifications> notifications{std::in_place, time, readiness};
     std::vector<std::string> responses;
-    Subscription responded = notifications.observeResponses([this](const NotificationResponse& response) {
+    Subscription responded = notifications->observeResponses([this](const NotificationResponse& response) {
         const char* const kinds[] = {"chosen", "dismissed", "gone"};
         responses.push_back(response.identifier + " " + kinds[static_cast<int>(response.kind)] + " " +
                             response.action);
@@ -63,7 +63,7 @@ struct Shown : ManagerFixture {
     /// Empty when it was shown, otherwise why not.
     std::string show(UserNotification notification) {
         std::optional<std::string> outcome;
-        notifications.show(std::move(notification), [&](const std::expected<void, NotificationError>& shown) {
+        notifications->show(std::move(notification), [&](const std::expected<void, NotificationError>& shown) {
             outcome = shown ? "" : shown.error().message;
         });
         settleUntil([&] { return outcome.has_value(); });
@@ -115,6 +115,12 @@ TEST_CASE_FIXTURE(Shown,
     desktop->answer("close 3 1");
     settleUntil([&] { return responses.size() == 3; });
     CHECK(responses.back() == "goal gone ");
+    CHECK(show({"update", "Newest", "", {{"view", "View it"}}}) == "");
+    CHECK(show({"goal", "Goal", "once more"}) == "");
+    CHECK(desktop->shown() == R"([4, "Newest", "", "view", "View it", 0])");
+    CHECK(desktop->shown() == R"([5, "Goal", "once more", -1])");
+    notifications.reset();
+    CHECK(desktop->shown() == R"([4, "taken back"])");
 }
 
 TEST_CASE_FIXTURE(Shown, "a server of few abilities gets plain text, and nobody's offer of a choice") {
@@ -147,7 +153,7 @@ TEST_CASE_FIXTURE(Shown,
     const double stepsByDay[] = {12'000, 9'000,  12'000, 12'000,
                                  1'000,  12'000, 12'000};  // until nine in the evening
     const DayStanding standing{.streak = 3, .lastWeekSteps = 70'000};
-    Counting counted(notifications);
+    Counting counted(*notifications);
     std::optional<StepGoalNotificationManager> teller;
     std::string week;
     for (Date now = calendar.start(monday); now < calendar.start(monday + days(7));

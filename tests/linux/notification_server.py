@@ -35,6 +35,10 @@ class Server(dbus.service.Object):
         print(json.dumps([number, title, body, *actions, timeout], ensure_ascii=False), flush=True)
         return dbus.UInt32(number)
 
+    @dbus.service.method(NAME, in_signature="u")
+    def CloseNotification(self, number):
+        print(json.dumps([int(number), "taken back"]), flush=True)
+
     @dbus.service.signal(NAME, signature="us")
     def ActionInvoked(self, number, key):
         pass

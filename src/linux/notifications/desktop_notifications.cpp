@@ -33,6 +33,7 @@ struct Library {
     decltype(&::sd_bus_flush) flush = library.function("sd_bus_flush");
     decltype(&::sd_bus_match_signal_async) matchSignal = library.function("sd_bus_match_signal_async");
     decltype(&::sd_bus_call_async) callAsync = library.function("sd_bus_call_async");
+    decltype(&::sd_bus_send) send = library.function("sd_bus_send");
     decltype(&::sd_bus_slot_unref) dropSlot = library.function("sd_bus_slot_unref");
     decltype(&::sd_bus_message_new_method_call) newCall = library.function("sd_bus_message_new_method_call");
     decltype(&::sd_bus_message_append) append = library.function("sd_bus_message_append");
@@ -91,6 +92,15 @@ class DesktopNotifications::Bus {
 public:
     Bus(MainExecutor& executor, Event<NotificationResponse>& responses)
         : executor_(executor), responses_(responses) {}
+    Bus(const Bus&) = delete;
+    Bus& operator=(const Bus&) = delete;
+    /// Nobody would hear any more what is chosen.
+    ~Bus() {
+        if (!isAlive_) return;
+        for (const auto& [identifier, shown] : shown_) {
+            if (shown.hasActions) takeBack(shown.number);
+        }
+    }
     std::expected<void, NotificationError> connect(Readiness& readiness) {
         const Library& with = systemd();
         if (with.library.problem()) return std::unexpected(NotificationError{with.library.problem()->inEnglish()});
@@ -136,8 +146,13 @@ private:
         Bus* bus;
         std::uint64_t number;
         std::string identifier;
+        bool hasActions;
         NotificationHandler completion;
         Slot slot;
+    };
+    struct Shown {
+        std::uint32_t number;  // that the server has given
+        bool hasActions;
     };
 
     void askForCapabilities() {
@@ -168,8 +183,8 @@ private:
     }
 
     void send(const UserNotification& notification, NotificationHandler completion) {
-        auto call =
-            std::make_unique<Call>(this, ++callCount_, notification.identifier, std::move(completion), nullptr);
+        auto call = std::make_unique<Call>(this, ++callCount_, notification.identifier,
+                                           !notification.actions.empty(), std::move(completion), nullptr);
         const Message message = messageOf(notification);
         sd_bus_slot* slot = nullptr;
         const int result =
@@ -189,7 +204,7 @@ private:
         int result = with.newCall(bus_.get(), &made, service, object, service, "Notify");
         Message message(made);
         const auto shown = shown_.find(notification.identifier);
-        const std::uint32_t replaced = shown == shown_.end() ? 0 : shown->second;
+        const std::uint32_t replaced = shown == shown_.end() ? 0 : shown->second.number;
         const std::string body =
             serverKnows_.contains("body-markup") ? escaped(notification.body) : notification.body;
         const bool hasActions = !notification.actions.empty() && serverKnows_.contains("actions");
@@ -221,7 +236,7 @@ private:
         }
         std::uint32_t number = 0;
         systemd().read(reply, "u", &number);
-        bus.shown_[call.identifier] = number;
+        bus.shown_[call.identifier] = {number, call.hasActions};
         call.completion({});
         return 0;
     }
@@ -247,12 +262,20 @@ private:
     /// Each notification is answered once: what is chosen also closes it.
     void respond(std::uint32_t number, NotificationResponse::Kind kind, const char* action) {
         for (auto shown = shown_.begin(); shown != shown_.end(); ++shown) {
-            if (shown->second != number) continue;
+            if (shown->second.number != number) continue;
             NotificationResponse response{shown->first, kind, action};
             shown_.erase(shown);
             executor_.post([&told = responses_, response = std::move(response)] { told.notify(response); });
             return;
         }
+    }
+
+    void takeBack(std::uint32_t number) {
+        sd_bus_message* made = nullptr;
+        int result = systemd().newCall(bus_.get(), &made, service, object, service, "CloseNotification");
+        const Message call(made);
+        if (result >= 0) result = systemd().append(made, "u", number);
+        if (result >= 0) systemd().send(bus_.get(), made, nullptr);
     }
 
     /// Sends what is queued, and looks again should there be no reply at all.
@@ -289,7 +312,7 @@ private:
     std::vector<std::pair<UserNotification, NotificationHandler>> waiting_;
     std::uint64_t callCount_ = 0;
     std::map<std::uint64_t, std::unique_ptr<Call>> calls_;
-    std::map<std::string, std::uint32_t> shown_;  // the numbers that the server has given
+    std::map<std::string, Shown> shown_;
     Subscription readable_;
     Timer replyTimer_;
 };

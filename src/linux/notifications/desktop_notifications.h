@@ -10,6 +10,7 @@ namespace pedvar {
 
 /// Shows notifications through org.freedesktop.Notifications on the session bus. A bus that is not there, or has
 /// gone, is looked for again with the next notification; until then nothing is shown, and the completion says so.
+/// Its end takes back what still offers a choice.
 class DesktopNotifications : public UserNotifications {
 public:
     /// Keeps the references.
