@@ -4,18 +4,37 @@
 #include "linux/system/folder_watch.h"
 #include "linux/system/readiness.h"
 #include "linux/system/wall_clock_alarm.h"
+#include "linux/system/widget_reloads.h"
 #include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 #include <sys/eventfd.h>
+#include <sys/syscall.h>
+#include <sys/timerfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <set>
+#include <utility>
 
 using namespace pedvar;
 using namespace std::chrono_literals;
+
+namespace {
+
+bool wasClockSet = false;
+
+}  // namespace
+
+/// In the place of the system's: sets the timer, and tells once that the clock was set before, as the system does.
+extern "C" int timerfd_settime(int timer, int flags, const itimerspec* value, itimerspec* old) noexcept {
+    const long result = syscall(SYS_timerfd_settime, timer, flags, value, old);
+    if (result != 0 || !std::exchange(wasClockSet, false)) return static_cast<int>(result);
+    errno = ECANCELED;
+    return -1;
+}
 
 namespace {
 
@@ -91,8 +110,15 @@ TEST_CASE_FIXTURE(Waiting, "an alarm rings when its moment is over, at once for 
     CHECK(reaches([&] { return rings == 2; }));
     CHECK(clock.now() >= due);
     alarm.set(clock.now() + 1h);
+    wasClockSet = true;
     alarm.set(dateFromUnix(-5));
     CHECK(reaches([&] { return rings == 3; }));
+
+    const TemporaryFolder folder;
+    auto reloads = WidgetReloads::of(folder.path());
+    REQUIRE(reloads);
+    wasClockSet = true;
+    CHECK(reloads->wait(clock.now() + 1h, STDOUT_FILENO) == WidgetReloads::Wake::time);
 }
 
 TEST_CASE_FIXTURE(Waiting, "a program's end is told with its code, and who loses interest ends it") {
