@@ -94,6 +94,8 @@ TEST_CASE_FIXTURE(Keeping, "a backup that is cut or edited is refused, wherever"
     const auto original = restored(whole);
     REQUIRE(original);
     for (std::size_t i = 0; i < 40; ++i) CHECK(!restored(whole.substr(0, whole.size() * i / 40)));
+    for (std::size_t i = 1; i < 30; ++i) CHECK(!restored(whole.substr(0, whole.size() - i)));
+    CHECK(!restored(whole + "more"));
     int refusedCount = 0;
     constexpr int editCount = 300;
     for (std::size_t i = 0; i < editCount; ++i) {

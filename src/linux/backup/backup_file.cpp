@@ -11,8 +11,10 @@
 #include <zip.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <span>
 #include <vector>
@@ -129,8 +131,19 @@ std::optional<List> parseList(std::string_view text) {
     if (!document) return std::nullopt;
     const JsonValue* const version = document->member("pedvarBackup");
     const JsonValue* const files = document->member("files");
-    if (!version || version->integer() != backupVersion || !files || !files->as<JsonObject>()) return std::nullopt;
-    return *files->as<JsonObject>();
+    const JsonObject* const list = files ? files->as<JsonObject>() : nullptr;
+    if (!version || version->integer() != backupVersion || !list || list->empty()) return std::nullopt;
+    return *list;
+}
+
+/// Whether the file ends as an archive does that has no comment; readers of archives look further up as well.
+bool hasItsEnd(const fs::path& backup) {
+    constexpr std::string_view signature = "PK\5\6";
+    constexpr std::streamoff endSize = 22;  // bytes
+    std::array<char, signature.size()> found{};
+    std::ifstream file(backup, std::ios::binary);
+    file.seekg(-endSize, std::ios::end).read(found.data(), found.size());
+    return std::string_view(found.data(), found.size()) == signature;
 }
 
 /// The pieces of an entry to `take`; false when they are not whole.
@@ -178,7 +191,11 @@ StoreResult<Fingerprint> unpackFile(const fs::path& backup, const ZipEntry& entr
 
 StoreResult<std::uint64_t> writeBackup(const fs::path& folder, const fs::path& backup) {
     const ScratchFolder scratch(backup.string() + ".copy");
-    if (auto copied = copyData(folder, scratch.path()); !copied) return std::unexpected(std::move(copied.error()));
+    if (auto copied = copyData(folder, scratch.path()); !copied) {
+        // Only the copies take space.
+        if (copied.error().kind == StoreError::Kind::full) return std::unexpected(unwritable(backup, ENOSPC));
+        return std::unexpected(std::move(copied.error()));
+    }
     if (auto checked = checkData(scratch.path()); !checked) return std::unexpected(std::move(checked.error()));
     ZipWriter zip(backup);
     JsonObject list;
@@ -206,7 +223,7 @@ StoreResult<std::uint64_t> writeBackup(const fs::path& folder, const fs::path& b
 
 StoreResult<> readBackup(const fs::path& backup, const fs::path& target) {
     const auto entries = listZip(backup);
-    if (!entries) return refused(backup, Phrase("it is no backup, or cut"));
+    if (!entries || !hasItsEnd(backup)) return refused(backup, Phrase("it is no backup, or cut"));
     const auto named = [&](std::string_view name) { return std::ranges::find(*entries, name, &ZipEntry::name); };
     std::string text;
     constexpr std::uint64_t longestList = 10'000;  // bytes

@@ -49,7 +49,18 @@ CommandResult<std::optional<fs::path>> restore(const fs::path& backup, Applicati
         return std::unexpected(CommandError{ErrorKind::fileNotFound,
                                             application.text()("There is no backup \"{}\".", backup.string())});
     }
-    const fs::path folder = fs::weakly_canonical(application.folder(), error);
+    if (::access(backup.c_str(), R_OK) != 0) {
+        return std::unexpected(CommandError{
+            ErrorKind::unreadable, Phrase("\"{}\" cannot be read: {}.", {backup.string(), std::strerror(errno)})});
+    }
+    fs::path folder = fs::weakly_canonical(application.folder(), error);
+    if (!folder.has_filename()) folder = folder.parent_path();  // of a folder to be made: "data/"
+    if (fs::equivalent(folder, fs::current_path(error), error)) {
+        return std::unexpected(CommandError{
+            ErrorKind::busy, application.text()("The data folder {} is the one you are in. Go to another folder, "
+                                                "and restore again. Nothing was changed.",
+                                                folder.string())});
+    }
     auto prepared = PreparedFolder::beside(folder);
     if (!prepared) return std::unexpected(prepared.error());
     const auto read = commandResult(readBackup(backup, prepared->path()));
