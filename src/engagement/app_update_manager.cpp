@@ -31,7 +31,7 @@ std::string dismissedKey(std::string_view version) {
     return "dismissed_update_" + std::string(version);
 }
 
-std::unexpected<UpdateCheckFailure> failure(std::string message) {
+std::unexpected<UpdateCheckFailure> failure(Phrase message) {
     return std::unexpected(UpdateCheckFailure{UpdateCheckFailure::Kind::failed, std::move(message)});
 }
 
@@ -39,10 +39,10 @@ std::unexpected<UpdateCheckFailure> failure(std::string message) {
 std::expected<std::optional<PublishedVersion>, UpdateCheckFailure> firstResult(const JsonValue& answer) {
     const JsonValue* const results = answer.member("results");
     const JsonArray* const records = results ? results->as<JsonArray>() : nullptr;
-    if (!records) return failure("The answer has no list \"results\".");
+    if (!records) return failure(Phrase("The answer has no list \"results\"."));
     if (records->empty()) return std::nullopt;
-    auto published = decodeLeniently(records->front(), PublishedVersion());
-    if (!published || published->version.empty()) return failure("The answer names no version.");
+    auto published = decodeJson<PublishedVersion>(records->front());
+    if (!published || published->version.empty()) return failure(Phrase("The answer names no version."));
     return published;
 }
 
@@ -93,7 +93,7 @@ Task<AppUpdateManager::Outcome> AppUpdateManager::check(Occasion occasion) {
         if (found.error().kind == UpdateCheckFailure::Kind::failed) {
             log_.log(logSubsystem, "AppUpdate", LogLevel::error,
                      (isLaunch ? "Launch update check failed: " : "Manual update check failed: ") +
-                         found.error().message);
+                         found.error().message.inEnglish());
         }
         co_return std::unexpected(std::move(found.error()));
     }
@@ -103,6 +103,7 @@ Task<AppUpdateManager::Outcome> AppUpdateManager::check(Occasion occasion) {
     } else {
         isUpdateAvailable = false;
         isCheckingForUpdate = false;
+        store(std::string(publishedVersionKey), std::nullopt);
     }
     co_return Outcome();
 }
@@ -110,8 +111,7 @@ Task<AppUpdateManager::Outcome> AppUpdateManager::check(Occasion occasion) {
 Task<std::expected<std::optional<PublishedVersion>, UpdateCheckFailure>> AppUpdateManager::lookUp() {
     const std::string address = addresses_().lookup;
     if (address.empty()) {
-        co_return std::unexpected(
-            UpdateCheckFailure{UpdateCheckFailure::Kind::noAddress, "There is no address to ask for updates."});
+        co_return std::unexpected(UpdateCheckFailure{UpdateCheckFailure::Kind::noAddress, {}});
     }
     Completion<std::expected<URLResponse, URLError>> answer(executor_);
     URLRequest request{withQuery(address, "id", appStoreID)};
@@ -119,16 +119,16 @@ Task<std::expected<std::optional<PublishedVersion>, UpdateCheckFailure>> AppUpda
     const auto response = co_await answer;
     if (!response) co_return failure(response.error().localizedDescription);
     if (response->statusCode >= firstFailingStatus) {
-        co_return failure("The server answers with status " + std::to_string(response->statusCode) + ".");
+        co_return failure(Phrase("The server answers with status {}.", {std::to_string(response->statusCode)}));
     }
     const auto document = json_.parse(response->body);
-    if (!document) co_return failure("The answer is no JSON: " + document.error());
+    if (!document) co_return failure(Phrase("The answer is no JSON: {}", {document.error()}));
     co_return firstResult(*document);
 }
 
 void AppUpdateManager::apply(const PublishedVersion& published, Occasion occasion) {
     latestVersion = published.version;
-    releaseNotes = published.releaseNotes;
+    releaseNotes = published.releaseNotes.value_or("");
     isUpdateAvailable = isNewer(published.version, currentVersion);
     isCheckingForUpdate = false;
     if (!isUpdateAvailable) return;
@@ -158,7 +158,7 @@ bool AppUpdateManager::openStorePage() {
     return !page.empty() && pages_.open(page + std::string(appStoreID));
 }
 
-void AppUpdateManager::store(std::string key, DefaultsValue value) {
+void AppUpdateManager::store(std::string key, std::optional<DefaultsValue> value) {
     const auto result = defaults_.write({{&defaults_.standard(), std::move(key), std::move(value)}});
     if (!result) log_.log(logSubsystem, "AppUpdate", LogLevel::error, result.error().message.inEnglish());
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/date.h"
+#include "platform/phrase.h"
 
 #include <cstddef>
 #include <expected>
@@ -24,7 +25,7 @@ struct URLResponse {
 
 /// Why there is no answer, for people.
 struct URLError {
-    std::string localizedDescription;
+    Phrase localizedDescription;
 };
 
 /// Called once, from any thread.

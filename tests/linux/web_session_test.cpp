@@ -30,7 +30,7 @@ struct Web {
     }
     std::string problem(const std::string& path, Seconds longestTime = 10s) {
         const Answer answer = fetch(path, longestTime);
-        return answer ? "none" : answer.error().localizedDescription;
+        return answer ? "none" : answer.error().localizedDescription.inEnglish();
     }
 };
 

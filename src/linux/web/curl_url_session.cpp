@@ -52,7 +52,7 @@ const Curl& curl() {
 
 using Outcome = std::expected<URLResponse, URLError>;
 
-std::unexpected<URLError> failure(std::string message) {
+std::unexpected<URLError> failure(Phrase message) {
     return std::unexpected(URLError{std::move(message)});
 }
 
@@ -65,8 +65,8 @@ public:
           multi_(curl().multiInit(), curl().multiCleanup) {}
 
     Outcome run(const std::stop_token& stop) {
-        if (!easy_ || !multi_) return failure("There is no memory to fetch with.");
-        if (!prepare()) return failure(fmt::format("\"{}\" cannot be asked for.", request_.address));
+        if (!easy_ || !multi_) return failure(Phrase("There is no memory to fetch with."));
+        if (!prepare()) return failure(Phrase("\"{}\" cannot be asked for.", {request_.address}));
         curl().add(multi_.get(), easy_.get());
         const std::stop_callback wake(stop, [this] { curl().wakeUp(multi_.get()); });
         int running = 1;
@@ -80,13 +80,13 @@ public:
         long status = 0;
         curl().information(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
         curl().remove(multi_.get(), easy_.get());
-        if (!result) return failure("The request was broken off.");
+        if (!result) return failure(Phrase("The request was broken off."));
         if (isTooLong_ || *result == CURLE_FILESIZE_EXCEEDED) {
-            return failure(fmt::format("The answer is longer than {} bytes.", request_.largestBody));
+            return failure(Phrase("The answer is longer than {} bytes.", {std::to_string(request_.largestBody)}));
         }
         if (*result == CURLE_OPERATION_TIMEDOUT) {
-            return failure(
-                fmt::format("There is no whole answer after {:g} seconds.", request_.longestTime.count()));
+            return failure(Phrase("There is no whole answer after {} seconds.",
+                                  {fmt::format("{:g}", request_.longestTime.count())}));
         }
         if (*result != CURLE_OK) return failure(describe(*result));
         return URLResponse{static_cast<int>(status), std::move(body_)};

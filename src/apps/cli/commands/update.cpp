@@ -21,7 +21,7 @@ std::string view(const AppUpdateManager& updates, const Screen& screen) {
         std::string lines =
             screen.text("Pedvar {0} is there; this is {1}.", harmless(updates.latestVersion.value()), current) +
             "\n";
-        if (!updates.releaseNotes->empty()) lines += "\n" + harmless(*updates.releaseNotes) + "\n";
+        if (!updates.releaseNotes->empty()) lines += "\n" + harmlessLines(*updates.releaseNotes) + "\n";
         if (!updates.shouldShowUpdatePopup) lines += "\n" + screen.text("You have dismissed it.") + "\n";
         return lines;
     }
@@ -38,7 +38,7 @@ CommandError errorOf(const UpdateCheckFailure& failure, const Texts& text) {
         return {ErrorKind::noAddress,
                 text("Nobody can be asked for updates; `pedvar settings updateAddress ADDRESS` says whom.")};
     }
-    return {ErrorKind::checkFailed, text("The newest version is not known: {}", failure.message)};
+    return {ErrorKind::checkFailed, Phrase("The newest version is not known: {}", {failure.message})};
 }
 
 /// What keeps the person from the page or from dismissing the update.
