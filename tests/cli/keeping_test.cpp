@@ -85,6 +85,7 @@ TEST_CASE_FIXTURE(KeepingData, "the last import is taken back, and the widgets k
     CHECK(run({"day", "2024-05-01"}).output.contains("\"steps\":0,"));
     CHECK(run({"import", "--undo"}).exitCode == 1);
     CHECK(run({"import", "export.xml", "--undo"}).exitCode == 2);
+    CHECK(run({"import", "--as", "walk", "--undo"}).exitCode == 2);
     CHECK(run({"import", "export.xml"}).output.starts_with("{\"read\":3,\"added\":2,"));
 }
 
