@@ -41,7 +41,7 @@ std::expected<std::optional<PublishedVersion>, UpdateCheckFailure> firstResult(c
     const JsonArray* const records = results ? results->as<JsonArray>() : nullptr;
     if (!records) return failure(Phrase("The answer has no list \"results\"."));
     if (records->empty()) return std::nullopt;
-    auto published = decodeLeniently(records->front(), PublishedVersion());
+    auto published = decodeJson<PublishedVersion>(records->front());
     if (!published || published->version.empty()) return failure(Phrase("The answer names no version."));
     return published;
 }
@@ -103,6 +103,7 @@ Task<AppUpdateManager::Outcome> AppUpdateManager::check(Occasion occasion) {
     } else {
         isUpdateAvailable = false;
         isCheckingForUpdate = false;
+        store(std::string(publishedVersionKey), std::nullopt);
     }
     co_return Outcome();
 }
@@ -110,8 +111,7 @@ Task<AppUpdateManager::Outcome> AppUpdateManager::check(Occasion occasion) {
 Task<std::expected<std::optional<PublishedVersion>, UpdateCheckFailure>> AppUpdateManager::lookUp() {
     const std::string address = addresses_().lookup;
     if (address.empty()) {
-        co_return std::unexpected(UpdateCheckFailure{UpdateCheckFailure::Kind::noAddress,
-                                                     Phrase("There is no address to ask for updates.")});
+        co_return std::unexpected(UpdateCheckFailure{UpdateCheckFailure::Kind::noAddress, {}});
     }
     Completion<std::expected<URLResponse, URLError>> answer(executor_);
     URLRequest request{withQuery(address, "id", appStoreID)};
@@ -128,7 +128,7 @@ Task<std::expected<std::optional<PublishedVersion>, UpdateCheckFailure>> AppUpda
 
 void AppUpdateManager::apply(const PublishedVersion& published, Occasion occasion) {
     latestVersion = published.version;
-    releaseNotes = published.releaseNotes;
+    releaseNotes = published.releaseNotes.value_or("");
     isUpdateAvailable = isNewer(published.version, currentVersion);
     isCheckingForUpdate = false;
     if (!isUpdateAvailable) return;
@@ -158,7 +158,7 @@ bool AppUpdateManager::openStorePage() {
     return !page.empty() && pages_.open(page + std::string(appStoreID));
 }
 
-void AppUpdateManager::store(std::string key, DefaultsValue value) {
+void AppUpdateManager::store(std::string key, std::optional<DefaultsValue> value) {
     const auto result = defaults_.write({{&defaults_.standard(), std::move(key), std::move(value)}});
     if (!result) log_.log(logSubsystem, "AppUpdate", LogLevel::error, result.error().message.inEnglish());
 }

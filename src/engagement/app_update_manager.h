@@ -6,6 +6,7 @@
 #include "core/record.h"
 #include "engagement/store_addresses.h"
 #include "platform/json_parser.h"
+#include "platform/phrase.h"
 #include "platform/platform_log.h"
 #include "platform/url_session.h"
 #include "platform/user_defaults.h"
@@ -25,7 +26,7 @@ bool isNewer(std::string_view a, std::string_view b);
 /// A published version.
 struct PublishedVersion {
     std::string version;
-    std::string releaseNotes;
+    std::optional<std::string> releaseNotes;
 
     using Fields = FieldList<&PublishedVersion::version, &PublishedVersion::releaseNotes>;
     bool operator==(const PublishedVersion&) const = default;
@@ -36,7 +37,7 @@ static_assert(isComplete<PublishedVersion>);
 struct UpdateCheckFailure {
     enum class Kind { noAddress, failed };
     Kind kind = Kind::failed;
-    Phrase message;  // for people
+    Phrase message;  // of what failed
 };
 
 /// Asks the place that publishes Pedvar for the newest version. A version that the person dismissed is no news at
@@ -78,7 +79,7 @@ private:
     void apply(const PublishedVersion& published, Occasion occasion);
     void remember(const PublishedVersion& published);
     bool isDismissed(std::string_view version) const;
-    void store(std::string key, DefaultsValue value);
+    void store(std::string key, std::optional<DefaultsValue> value);
 
     MainExecutor& executor_;
     URLSession& session_;

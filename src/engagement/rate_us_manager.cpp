@@ -33,7 +33,7 @@ void RateUsManager::appDidOpen() {
     if (defaults_.standard().integer(maybeLaterCountKey).value_or(0) >= maxMaybeLaterCount) return;
     if (flag(popupScheduledKey)) return;
     const std::int64_t opens = opensUntilNextPrompt();
-    if (opens - 1 > 0) {
+    if (opens > 1) {
         store({change(opensUntilNextPromptKey, opens - 1)});
         return;
     }

@@ -33,7 +33,7 @@ TEST_CASE_FIXTURE(KeepingData, "a backup brings the data back, and what was ther
     CHECK(goal() == "{\"dailyGoal\":9000}\n");
     CHECK(run({"week", "2024-04-30"}).output == week);
     CHECK(runPedvar(folder.path(), {"goal", "--data", "data.before-restore"}).output.contains("5,000"));
-    CHECK(runPedvar(folder.path(), {"restore", "kept.zip", "--data", "new"}).exitCode == 0);
+    CHECK(runPedvar(folder.path(), {"restore", "kept.zip", "--data", "new/"}).exitCode == 0);
     CHECK(runPedvar(folder.path(), {"goal", "--data", "new"}).output.contains("9,000"));
 }
 
@@ -47,6 +47,9 @@ TEST_CASE_FIXTURE(KeepingData, "what cannot be restored changes nothing, and lea
         const FolderUse recording = FolderUse::among(folder / "data");
         CHECK(run({"restore", "kept.zip"}).output.contains(R"("kind":"busy")"));
     }
+    CHECK(runPedvar(folder / "data", {"restore", "../kept.zip", "--data", "."}).exitCode == 1);
+    CHECK(run({"backup", "data/defaults.sqlite", "--force"}).output.contains(R"("kind":"unwritable")"));
+    CHECK(run({"export-days", "data/defaults.sqlite", "--force"}).exitCode == 1);
     CHECK(goal() == "{\"dailyGoal\":8000}\n");
     int entries = 0;
     for (const auto& entry : std::filesystem::directory_iterator(folder.path())) entries += entry.exists() ? 1 : 0;
@@ -82,6 +85,7 @@ TEST_CASE_FIXTURE(KeepingData, "the last import is taken back, and the widgets k
     CHECK(run({"day", "2024-05-01"}).output.contains("\"steps\":0,"));
     CHECK(run({"import", "--undo"}).exitCode == 1);
     CHECK(run({"import", "export.xml", "--undo"}).exitCode == 2);
+    CHECK(run({"import", "--as", "walk", "--undo"}).exitCode == 2);
     CHECK(run({"import", "export.xml"}).output.starts_with("{\"read\":3,\"added\":2,"));
 }
 

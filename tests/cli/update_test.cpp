@@ -42,6 +42,8 @@ TEST_CASE_FIXTURE(Updating,
     CHECK(run({"update", "--check", "--json"}).output == fields("99.1", true, "Walks further.", true));
     ask("redirect");
     CHECK(run({"update", "--check", "--json"}).output == fields("99.1", true, "Walks further.", true));
+    ask("notes");
+    CHECK(run({"update", "--check"}).output.ends_with("\n\nWalks further.\n\nCounts ?[31mbetter.\n"));
     ask("old");
     CHECK(run({"update", "--check"}).output == "This is Pedvar " PEDVAR_VERSION ", the newest one.\n");
     ask("empty");

@@ -1,5 +1,6 @@
 #include "cli/run_pedvar.h"
 #include "companion/preferences_sync.h"
+#include "linux/sqlite/connection.h"
 #include "linux/system/absent_services.h"
 #include "linux/system/clocks.h"
 #include "linux/system/glibc_locale.h"
@@ -17,6 +18,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdint>
 
 namespace pedvar {
 namespace {
@@ -160,6 +162,16 @@ TEST_CASE_FIXTURE(Following, "a follower stays when the folder is made, replaced
     std::int64_t last = 3;
     while (last == 3) last = stepsOf(follower.next());  // the file that has gone may be told of twice
     CHECK(last == 4);
+
+    Connection writer(SqliteDefaults::sharedPath(data).string(), Connection::Access::write,
+                      std::chrono::seconds(1));
+    writer.runScript("BEGIN EXCLUSIVE");
+    FollowedWidgets(data).reloadAllTimelines();
+    ::usleep(1'500'000);  // longer than a follower waits at a time
+    writer.runScript("ROLLBACK");
+    walk(data, 5);
+    while (last == 4) last = stepsOf(follower.next());
+    CHECK(last == 5);
 }
 
 TEST_CASE_FIXTURE(Following, "each status bar gets its line, from the suite alone") {
@@ -182,6 +194,9 @@ TEST_CASE_FIXTURE(Following, "each status bar gets its line, from the suite alon
     CHECK(line({"widget", "--format", "i3blocks"})
               .starts_with(R"({"full_text":"12,000 of 9,000 steps","short_text":"12,000","color":"#)"));
     CHECK(line({"widget", "--format", "json"}) == line({"widget", "--json"}));
+    group.saveTodayData(INT64_MAX, 0, 0);
+    group.saveGoalAndUnit(INT64_MAX, "km");
+    CHECK(line({"widget", "--format", "waybar"}).ends_with("\"percentage\":100}\n"));
     for (const std::vector<std::string>& wrong : {std::vector<std::string>{"widget", "--format", "xml"},
                                                   {"widget", "--format", "waybar", "--json"},
                                                   {"widget", "--follow", "--now", "2024-05-01"}}) {

@@ -93,9 +93,9 @@ TEST_CASE_FIXTURE(Updates, "a check is under way until its answer is there, what
           std::vector<std::string>{"AppUpdate/error: Launch update check failed: No route to the host."});
 
     const std::string deep(1'000'000, '[');
-    for (const std::string body :
-         {"", "<html>", "[]", "{}", R"({"results":{}})", R"({"results":[7]})", R"({"results":[{"version":3}]})",
-          R"({"results":[{"releaseNotes":"x"}]})", deep.c_str()}) {
+    for (const std::string body : {"", "<html>", "[]", "{}", R"({"results":{}})", R"({"results":[7]})",
+                                   R"({"results":[{"version":3}]})", R"({"results":[{"releaseNotes":"x"}]})",
+                                   R"({"results":[{"version":"3","releaseNotes":[]}]})", deep.c_str()}) {
         CAPTURE(body.substr(0, 99));
         log.lines.clear();
         CHECK(!byHand(body));
@@ -144,6 +144,10 @@ TEST_CASE_FIXTURE(Updates, "the next process knows the last answer, as a launch 
     CHECK(!updates->shouldShowUpdatePopup);
     CHECK(updates->latestVersion.value() == "2.4.1");
     restart("2.4.1");  // installed meanwhile
+    updates->recallLastCheck();
+    CHECK(!updates->isUpdateAvailable);
+    CHECK(byHand(R"({"results":[]})"));  // taken back
+    restart("1.9");
     updates->recallLastCheck();
     CHECK(!updates->isUpdateAvailable);
 }

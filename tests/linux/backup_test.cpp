@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <thread>
+#include <utility>
 
 namespace pedvar {
 namespace {
@@ -44,6 +45,8 @@ struct Keeping {
     HealthDatabase database{data / "health.sqlite"};
 };
 
+const GoesOn always = [] { return true; };
+
 std::optional<std::int64_t> goalIn(const fs::path& file) {
     return SqliteDefaultsFile(file, std::chrono::seconds(1)).integer("goal");
 }
@@ -60,9 +63,9 @@ TEST_CASE_FIXTURE(Keeping, "a backup while others write is of one moment, and ho
     });
     std::optional<std::int64_t> last;
     for (int round = 0; round < 10; ++round) {
-        REQUIRE(writeBackup(data, backup));
+        REQUIRE(writeBackup(data, backup, always));
         const fs::path copy = target("copy" + std::to_string(round));
-        const auto read = readBackup(backup, copy);
+        const auto read = readBackup(backup, copy, always);
         REQUIRE_MESSAGE(read, read.error().message.inEnglish());
         const auto goal = goalIn(copy / dataFiles[0]);
         CHECK(goal >= last);
@@ -77,16 +80,32 @@ TEST_CASE_FIXTURE(Keeping, "a backup while others write is of one moment, and ho
     isOver = true;
 }
 
+TEST_CASE_FIXTURE(Keeping, "who stops a backup or its restoring gets none of it, and no copies stay") {
+    addSamples(0, 300);
+    int askedFor = 0;
+    const auto stopsAfter = [&](int count) { return [&askedFor, count] { return ++askedFor <= count; }; };
+    REQUIRE(writeBackup(data, backup, stopsAfter(99)));
+    const int questions = std::exchange(askedFor, 0);
+    REQUIRE(questions > 9);
+    for (int i = 0; i < questions; ++i) {
+        CHECK(!writeBackup(data, folder / "stopped.zip", stopsAfter(i)));
+        CHECK(!fs::exists(folder / "stopped.zip.copy"));
+        askedFor = 0;
+    }
+    CHECK(!readBackup(backup, target("first"), stopsAfter(0)));
+    CHECK(!readBackup(backup, target("second"), stopsAfter(1)));
+}
+
 TEST_CASE_FIXTURE(Keeping, "a backup that is cut or edited is refused, wherever") {
     addSamples(0, 300);
-    REQUIRE(writeBackup(data, backup));
+    REQUIRE(writeBackup(data, backup, always));
     const std::string whole = readFile(backup);
-    REQUIRE(readBackup(backup, target("whole")));
+    REQUIRE(readBackup(backup, target("whole"), always));
     int number = 0;
     const auto restored = [&](std::string_view bytes) -> std::optional<std::string> {
         writeFile(backup, bytes);
         const fs::path copy = target("copy" + std::to_string(number++));
-        if (!readBackup(backup, copy)) return std::nullopt;
+        if (!readBackup(backup, copy, always)) return std::nullopt;
         std::string content;
         for (const std::string_view name : dataFiles) content += readFile(copy / name);
         return content;
@@ -94,6 +113,8 @@ TEST_CASE_FIXTURE(Keeping, "a backup that is cut or edited is refused, wherever"
     const auto original = restored(whole);
     REQUIRE(original);
     for (std::size_t i = 0; i < 40; ++i) CHECK(!restored(whole.substr(0, whole.size() * i / 40)));
+    for (std::size_t i = 1; i < 30; ++i) CHECK(!restored(whole.substr(0, whole.size() - i)));
+    CHECK(!restored(whole + "more"));
     int refusedCount = 0;
     constexpr int editCount = 300;
     for (std::size_t i = 0; i < editCount; ++i) {

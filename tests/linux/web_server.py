@@ -37,6 +37,9 @@ class Handler(http.server.BaseHTTPRequestHandler):
     def old(self):
         self.answer(b'{"results":[{"version":"0.0.1"}]}')
 
+    def notes(self):
+        self.answer(rb'{"results":[{"version":"99.2","releaseNotes":"Walks further.\r\n\nCounts \u001b[31mbetter."}]}')
+
     def empty(self):
         self.answer(b'{"resultCount":0,"results":[]}')
 

@@ -136,13 +136,14 @@ void describeCommands(Grammar& grammar) {
         [](CLI::App& command, ImportRequest& request) {
             CLI::Option* const files = command.add_option(
                 "FILE", request.paths, "The XML document, the zip or the unpacked folder; or a GPX file");
-            command
-                .add_option("--as", request.activityType,
-                            "What the activity of a GPX file was: walk, run, hike or cycle")
-                ->type_name("TYPE");
+            CLI::Option* const type =
+                command
+                    .add_option("--as", request.activityType,
+                                "What the activity of a GPX file was: walk, run, hike or cycle")
+                    ->type_name("TYPE");
             CLI::Option* const undo = command.add_flag("--undo", request.isUndo,
                                                        "Take back what the last import of an export has added");
-            undo->excludes(files);
+            undo->excludes(files)->excludes(type);
             command.parse_complete_callback([files, undo] {
                 if (files->empty() && undo->empty()) throw CLI::RequiredError("FILE");
             });

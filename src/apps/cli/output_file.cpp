@@ -1,5 +1,7 @@
 #include "apps/cli/output_file.h"
 
+#include "linux/sqlite/database_file.h"
+
 #include <fmt/format.h>
 
 #include <fcntl.h>
@@ -49,6 +51,11 @@ CommandResult<OutputFile> OutputFile::create(const fs::path& path, Existing exis
         if (fs::is_symlink(status)) target = fs::canonical(path, error);
         if (!error && !fs::is_regular_file(target, error)) return unwritable(path, EINVAL);
         if (error) return unwritable(path, error.value());
+        if (isDatabase(target)) {  // forcing is for what was exported before, not for the data itself
+            return std::unexpected(CommandError{
+                ErrorKind::unwritable,
+                Phrase("\"{}\" is a database, which nothing replaces; choose another name.", {path.string()})});
+        }
     }
     fs::path unfinished = target;
     unfinished.replace_filename(fmt::format(".{}.{}", target.filename().string().substr(0, 200), ::getpid()));

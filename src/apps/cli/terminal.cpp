@@ -159,6 +159,18 @@ std::string harmless(std::string_view foreign) {
     return result;
 }
 
+std::string harmlessLines(std::string_view foreign) {
+    std::string result;
+    while (true) {
+        const std::size_t length = std::min(foreign.find('\n'), foreign.size());
+        const std::string_view line = foreign.substr(0, length);
+        result += harmless(line.substr(0, line.size() - (line.ends_with('\r') ? 1 : 0)));
+        if (length == foreign.size()) return result;
+        result += '\n';
+        foreign.remove_prefix(length + 1);
+    }
+}
+
 std::string finished(std::string_view screen, int descriptor) {
     std::string result;
     for (const char character : screen) {

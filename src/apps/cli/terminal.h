@@ -43,6 +43,8 @@ std::string toAscii(std::string_view screen);
 
 /// Text that others wrote, safe to show: without control characters, so that it cannot steer the terminal.
 std::string harmless(std::string_view foreign);
+/// The same for a text of several lines, which it keeps.
+std::string harmlessLines(std::string_view foreign);
 
 /// `screen` as the terminal behind `descriptor` shows it: without blanks at the ends of lines.
 std::string finished(std::string_view screen, int descriptor);

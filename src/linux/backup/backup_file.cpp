@@ -2,7 +2,6 @@
 
 #include "core/content_hash.h"
 #include "core/json_value.h"
-#include "linux/backup/data_copy.h"
 #include "linux/import/zip_archive.h"
 #include "linux/system/nlohmann_json_parser.h"
 
@@ -11,8 +10,10 @@
 #include <zip.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <span>
 #include <vector>
@@ -71,15 +72,16 @@ std::unexpected<StoreError> refused(const fs::path& backup, const Phrase& reason
 }
 
 /// Calls `take` with all pieces of a file; an error number of the system when that fails.
-int readPieces(const fs::path& file, const std::function<void(std::string_view)>& take) {
+int readPieces(const fs::path& file, const GoesOn& goesOn, const std::function<void(std::string_view)>& take) {
     const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) return errno;
     std::vector<char> buffer(pieceSize);
     ssize_t size = 0;
-    while ((size = ::read(descriptor, buffer.data(), buffer.size())) > 0) {
+    bool isWanted = true;
+    while ((isWanted = goesOn()) && (size = ::read(descriptor, buffer.data(), buffer.size())) > 0) {
         take({buffer.data(), static_cast<std::size_t>(size)});
     }
-    const int error = size < 0 ? errno : 0;
+    const int error = !isWanted ? ECANCELED : size < 0 ? errno : 0;
     ::close(descriptor);
     return error;
 }
@@ -129,8 +131,19 @@ std::optional<List> parseList(std::string_view text) {
     if (!document) return std::nullopt;
     const JsonValue* const version = document->member("pedvarBackup");
     const JsonValue* const files = document->member("files");
-    if (!version || version->integer() != backupVersion || !files || !files->as<JsonObject>()) return std::nullopt;
-    return *files->as<JsonObject>();
+    const JsonObject* const list = files ? files->as<JsonObject>() : nullptr;
+    if (!version || version->integer() != backupVersion || !list || list->empty()) return std::nullopt;
+    return *list;
+}
+
+/// Whether the file ends as an archive does that has no comment; readers of archives look further up as well.
+bool hasItsEnd(const fs::path& backup) {
+    constexpr std::string_view signature = "PK\5\6";
+    constexpr std::streamoff endSize = 22;  // bytes
+    std::array<char, signature.size()> found{};
+    std::ifstream file(backup, std::ios::binary);
+    file.seekg(-endSize, std::ios::end).read(found.data(), found.size());
+    return std::string_view(found.data(), found.size()) == signature;
 }
 
 /// The pieces of an entry to `take`; false when they are not whole.
@@ -152,13 +165,15 @@ bool unpack(const fs::path& backup, const ZipEntry& entry, const std::function<v
 }
 
 /// Writes an entry to a file, through to the disk.
-StoreResult<Fingerprint> unpackFile(const fs::path& backup, const ZipEntry& entry, const fs::path& file) {
+StoreResult<Fingerprint> unpackFile(const fs::path& backup, const ZipEntry& entry, const fs::path& file,
+                                    const GoesOn& goesOn) {
     const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (descriptor < 0) return std::unexpected(unwritable(file, errno));
     Fingerprint found;
     int error = 0;
     const bool isWhole = unpack(backup, entry, [&](std::string_view piece) {
         found.add(piece);
+        if (error == 0 && !goesOn()) error = ECANCELED;
         while (error == 0 && !piece.empty()) {
             const ssize_t size = ::write(descriptor, piece.data(), piece.size());
             if (size < 0)
@@ -176,9 +191,13 @@ StoreResult<Fingerprint> unpackFile(const fs::path& backup, const ZipEntry& entr
 
 }  // namespace
 
-StoreResult<std::uint64_t> writeBackup(const fs::path& folder, const fs::path& backup) {
+StoreResult<std::uint64_t> writeBackup(const fs::path& folder, const fs::path& backup, const GoesOn& goesOn) {
     const ScratchFolder scratch(backup.string() + ".copy");
-    if (auto copied = copyData(folder, scratch.path()); !copied) return std::unexpected(std::move(copied.error()));
+    if (auto copied = copyData(folder, scratch.path(), goesOn); !copied) {
+        // Only the copies take space.
+        if (copied.error().kind == StoreError::Kind::full) return std::unexpected(unwritable(backup, ENOSPC));
+        return std::unexpected(std::move(copied.error()));
+    }
     if (auto checked = checkData(scratch.path()); !checked) return std::unexpected(std::move(checked.error()));
     ZipWriter zip(backup);
     JsonObject list;
@@ -188,7 +207,7 @@ StoreResult<std::uint64_t> writeBackup(const fs::path& folder, const fs::path& b
         if (!fs::exists(file)) continue;
         Fingerprint print;
         zip.begin(name);
-        const int error = readPieces(file, [&](std::string_view piece) {
+        const int error = readPieces(file, goesOn, [&](std::string_view piece) {
             print.add(piece);
             zip.add(piece);
         });
@@ -204,9 +223,9 @@ StoreResult<std::uint64_t> writeBackup(const fs::path& folder, const fs::path& b
     return size;
 }
 
-StoreResult<> readBackup(const fs::path& backup, const fs::path& target) {
+StoreResult<> readBackup(const fs::path& backup, const fs::path& target, const GoesOn& goesOn) {
     const auto entries = listZip(backup);
-    if (!entries) return refused(backup, Phrase("it is no backup, or cut"));
+    if (!entries || !hasItsEnd(backup)) return refused(backup, Phrase("it is no backup, or cut"));
     const auto named = [&](std::string_view name) { return std::ranges::find(*entries, name, &ZipEntry::name); };
     std::string text;
     constexpr std::uint64_t longestList = 10'000;  // bytes
@@ -221,7 +240,7 @@ StoreResult<> readBackup(const fs::path& backup, const fs::path& target) {
         const bool isKnown = std::ranges::find(dataFiles, std::string_view(name)) != dataFiles.end();
         if (!isKnown || entry == entries->end())
             return refused(backup, Phrase("files in it were added or removed"));
-        const auto found = unpackFile(backup, *entry, target / name);
+        const auto found = unpackFile(backup, *entry, target / name, goesOn);
         if (!found) return std::unexpected(found.error());
         if (found->document() != fingerprint) return refused(backup, Phrase("{} in it was changed", {name}));
     }

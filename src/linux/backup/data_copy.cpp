@@ -32,16 +32,20 @@ public:
         connection_.number("SELECT count(*) FROM sqlite_schema");  // the moment is that of the first read
     }
 
-    void copyTo(const fs::path& file) {
+    void copyTo(const fs::path& file, const GoesOn& goesOn) {
         const int made = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
         if (made < 0) throw SqliteFailure(errno == ENOSPC ? SQLITE_FULL : SQLITE_CANTOPEN, std::strerror(errno));
         ::close(made);
         Connection target(file.string(), Connection::Access::write, patience);
         target.runScript("PRAGMA synchronous = OFF");  // who keeps the copy sees to it that it is on the disk
         sqlite3_backup* const copying = sqlite3_backup_init(target.handle(), "main", connection_.handle(), "main");
-        if (copying) sqlite3_backup_step(copying, -1);
+        constexpr int pagesAtATime = 1000;
+        int step = SQLITE_OK;
+        while (copying && step == SQLITE_OK && goesOn()) step = sqlite3_backup_step(copying, pagesAtATime);
         const int result = copying ? sqlite3_backup_finish(copying) : sqlite3_extended_errcode(target.handle());
         if (result != SQLITE_OK) throw SqliteFailure(result, sqlite3_errmsg(target.handle()));
+        if (step == SQLITE_OK) step = SQLITE_INTERRUPT;
+        if (step != SQLITE_DONE) throw SqliteFailure(step, sqlite3_errstr(step));
     }
 
 private:
@@ -78,7 +82,7 @@ bool isThere(const fs::path& file) {
 
 }  // namespace
 
-StoreResult<> copyData(const fs::path& folder, const fs::path& target) {
+StoreResult<> copyData(const fs::path& folder, const fs::path& target, const GoesOn& goesOn) {
     return attempt(folder.string(), [&]() -> StoreResult<> {
         // Nobody can change the settings while their moments are held, so that the moment of the samples, which
         // is held last, is that of all.
@@ -95,9 +99,9 @@ StoreResult<> copyData(const fs::path& folder, const fs::path& target) {
         if (!opened) return std::unexpected(std::move(opened.error()));
         std::optional<HeldMoment> samples;
         if (*opened) samples.emplace(std::move(**opened));
-        for (auto& [name, moment] : settings) moment.copyTo(target / name);
+        for (auto& [name, moment] : settings) moment.copyTo(target / name, goesOn);
         settings.clear();
-        if (samples) samples->copyTo(target / dataFiles[2]);
+        if (samples) samples->copyTo(target / dataFiles[2], goesOn);
         return {};
     });
 }

@@ -21,4 +21,5 @@ set(PEDVAR_HEALTH_SOURCES
     health/sum_reader.cpp
     health/totals_keeper.cpp
     health/workout_table.cpp
-    sqlite/connection.cpp)
+    sqlite/connection.cpp
+    sqlite/database_file.cpp)

@@ -11,7 +11,9 @@ StoreError storeError(const SqliteFailure& failure, std::string_view path) {
     const auto error = [&](StoreError::Kind kind, Phrase message) {
         return StoreError{kind, std::move(message), failure.code()};
     };
-    switch (failure.primaryCode()) {
+    // Reading takes some space as well, for what processes share.
+    const bool lacksSharedSpace = failure.code() == SQLITE_IOERR_SHMSIZE;
+    switch (lacksSharedSpace ? SQLITE_FULL : failure.primaryCode()) {
         case SQLITE_NOTADB:
             return error(notAStore, Phrase("{} is not a health store of Pedvar. Move it away, or choose another "
                                            "data folder with --data.",

@@ -52,9 +52,9 @@ WidgetReloads::~WidgetReloads() {
 std::expected<WidgetReloads::Wake, DefaultsError> WidgetReloads::wait(Date time, int output) {
     itimerspec due{};
     due.it_value.tv_sec = static_cast<time_t>(std::ceil(unixSeconds(time)));
-    // A clock that is set ends the wait as well: then it is another time to wait for.
+    // A clock that is set ends the wait as well: then it is another time to wait for. Where it was set since the
+    // last wait, that is told here.
     if (::timerfd_settime(timer_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &due, nullptr) != 0) {
-        // Refused once where the clock was set during the last wait or since.
         if (errno == ECANCELED) return Wake::time;
         return std::unexpected(failure(errno));
     }

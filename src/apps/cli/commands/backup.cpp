@@ -1,5 +1,6 @@
 #include "apps/cli/application.h"
 #include "apps/cli/commands/command.h"
+#include "apps/cli/interruption.h"
 #include "apps/cli/output_file.h"
 #include "linux/backup/backup_file.h"
 #include "linux/backup/data_copy.h"
@@ -42,17 +43,35 @@ private:
     fs::path path_;
 };
 
+CommandError stopped() {
+    return {ErrorKind::interrupted, Phrase("Stopped. Nothing was changed.")};
+}
+
 /// Puts the backup in the place of the data. Where the old data is kept; none when there was none.
-CommandResult<std::optional<fs::path>> restore(const fs::path& backup, Application& application) {
+CommandResult<std::optional<fs::path>> restore(const fs::path& backup, const Interruption& interruption,
+                                               Application& application) {
     std::error_code error;
     if (!fs::exists(backup, error)) {
         return std::unexpected(CommandError{ErrorKind::fileNotFound,
                                             application.text()("There is no backup \"{}\".", backup.string())});
     }
-    const fs::path folder = fs::weakly_canonical(application.folder(), error);
+    if (::access(backup.c_str(), R_OK) != 0) {
+        return std::unexpected(CommandError{
+            ErrorKind::unreadable, Phrase("\"{}\" cannot be read: {}.", {backup.string(), std::strerror(errno)})});
+    }
+    fs::path folder = fs::weakly_canonical(application.folder(), error);
+    if (!folder.has_filename()) folder = folder.parent_path();  // of a folder to be made: "data/"
+    if (fs::equivalent(folder, fs::current_path(error), error)) {
+        return std::unexpected(CommandError{
+            ErrorKind::busy, application.text()("The data folder {} is the one you are in. Go to another folder, "
+                                                "and restore again. Nothing was changed.",
+                                                folder.string())});
+    }
     auto prepared = PreparedFolder::beside(folder);
     if (!prepared) return std::unexpected(prepared.error());
-    const auto read = commandResult(readBackup(backup, prepared->path()));
+    const auto read =
+        commandResult(readBackup(backup, prepared->path(), [&] { return !interruption.hasHappened(); }));
+    if (interruption.hasHappened()) return std::unexpected(stopped());
     if (!read) return std::unexpected(read.error());
     constexpr std::chrono::seconds patience{1};  // for commands that only look
     const auto alone = FolderUse::alone(folder, patience);
@@ -85,9 +104,11 @@ CommandResult<Report> run(const BackupRequest& request, Application& application
                                    request.isForced ? OutputFile::Existing::replace : OutputFile::Existing::keep);
     if (!file) return std::unexpected(file.error());
     fs::permissions(file->unfinished(), fs::perms::owner_read | fs::perms::owner_write, error);
-    if (const auto written = commandResult(writeBackup(application.folder(), file->unfinished())); !written) {
-        return std::unexpected(written.error());
-    }
+    const Interruption interruption;
+    const auto written = commandResult(
+        writeBackup(application.folder(), file->unfinished(), [&] { return !interruption.hasHappened(); }));
+    if (interruption.hasHappened()) return std::unexpected(stopped());
+    if (!written) return std::unexpected(written.error());
     const auto size = static_cast<std::int64_t>(fs::file_size(file->unfinished(), error));
     if (const auto kept = file->keep(); !kept) return std::unexpected(kept.error());
     if (application.wantsJson()) return Report{JsonObject{{"file", {request.file}}, {"bytes", {size}}}};
@@ -98,7 +119,8 @@ CommandResult<Report> run(const BackupRequest& request, Application& application
 }
 
 CommandResult<Report> run(const RestoreRequest& request, Application& application) {
-    const auto aside = restore(request.file, application);
+    const Interruption interruption;  // what comes too late to stop it does not keep it from its end
+    const auto aside = restore(request.file, interruption, application);
     if (!aside) return std::unexpected(aside.error());
     application.hold();
     const auto refreshed = application.refresh();

@@ -21,7 +21,7 @@ std::string view(const AppUpdateManager& updates, const Screen& screen) {
         std::string lines =
             screen.text("Pedvar {0} is there; this is {1}.", harmless(updates.latestVersion.value()), current) +
             "\n";
-        if (!updates.releaseNotes->empty()) lines += "\n" + harmless(*updates.releaseNotes) + "\n";
+        if (!updates.releaseNotes->empty()) lines += "\n" + harmlessLines(*updates.releaseNotes) + "\n";
         if (!updates.shouldShowUpdatePopup) lines += "\n" + screen.text("You have dismissed it.") + "\n";
         return lines;
     }

@@ -22,14 +22,14 @@ enum class Format { plain, waybar, i3blocks, json };
 /// The suite's file, opened anew where another one has taken its place.
 class Suite {
 public:
-    explicit Suite(const std::filesystem::path& folder) : path_(SqliteDefaults::sharedPath(folder)) {}
+    Suite(const std::filesystem::path& folder, std::chrono::milliseconds patience)
+        : path_(SqliteDefaults::sharedPath(folder)), patience_(patience) {}
 
     CommandResult<DefaultsSnapshot> read() {
         struct stat found{};
         const bool isThere = ::stat(path_.c_str(), &found) == 0;
         if (!file_ || !isThere || found.st_ino != number_) {
-            constexpr std::chrono::seconds patience{5};
-            file_.emplace(path_, patience);
+            file_.emplace(path_, patience_);
             number_ = found.st_ino;
         }
         DefaultsSnapshot snapshot = file_->snapshot();
@@ -42,6 +42,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    std::chrono::milliseconds patience_;
     std::optional<SqliteDefaultsFile> file_;
     ino_t number_ = 0;
 };
@@ -74,8 +75,9 @@ std::string tooltip(const Shown& shown) {
 }
 
 std::string waybarLine(const Shown& shown) {
-    const std::int64_t percentage =
-        std::min<std::int64_t>(shown.snapshot.steps, shown.snapshot.goal) * 100 / shown.snapshot.goal;
+    const double share =
+        100.0 * static_cast<double>(shown.snapshot.steps) / static_cast<double>(shown.snapshot.goal);
+    const auto percentage = static_cast<std::int64_t>(std::clamp(share, 0.0, 100.0));
     return jsonText({JsonObject{
         {"text", {shown.steps()}},
         {"tooltip", {tooltip(shown)}},
@@ -120,7 +122,8 @@ std::optional<CommandError> follow(Format format, Application& application, cons
     auto reloads = WidgetReloads::of(application.folder());
     if (!reloads) return errorOf(reloads.error());
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    Suite suite(application.folder());
+    constexpr std::chrono::seconds patience{1};
+    Suite suite(application.folder(), patience);
     GettextTexts catalogue;
     while (true) {
         const ProcessZone zone = processZone();  // the machine may have moved
@@ -128,9 +131,11 @@ std::optional<CommandError> follow(Format format, Application& application, cons
         const Calendar calendar(*zone.rules, region.firstWeekday());
         const Date midnight = calendar.interval(calendar.day(application.clock().now())).end;
         const auto values = suite.read();
-        if (!values) return values.error();
-        sink(line(format, *values, application, region, catalogue) + "\n");
-        const auto woken = reloads->wait(midnight, STDOUT_FILENO);
+        // Who writes for long ends some time, and then there is a line to show.
+        const bool isBusy = !values && values.error().kind == ErrorKind::busy;
+        if (!values && !isBusy) return values.error();
+        if (values) sink(line(format, *values, application, region, catalogue) + "\n");
+        const auto woken = reloads->wait(isBusy ? application.clock().now() : midnight, STDOUT_FILENO);
         if (!woken) return errorOf(woken.error());
         if (*woken == WidgetReloads::Wake::readerGone) return std::nullopt;
     }
@@ -166,7 +171,8 @@ CommandResult<Report> run(const WidgetRequest& request, Application& application
             return problem;
         })};
     }
-    const auto values = Suite(application.folder()).read();
+    constexpr std::chrono::seconds patience{5};
+    const auto values = Suite(application.folder(), patience).read();
     if (!values) return std::unexpected(values.error());
     GettextTexts catalogue;
     return Report{LongAnswer(

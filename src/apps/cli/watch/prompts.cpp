@@ -18,7 +18,7 @@ constexpr const char* updateIdentifier = "update";
 constexpr const char* recapIdentifier = "recap";
 constexpr const char* monthIdentifier = "month";
 
-constexpr std::size_t longestNotes = 300;  // bytes; more than a notification shows
+constexpr std::size_t longestText = 300;  // bytes; more than a notification shows
 
 /// Calls `act` whenever the field becomes true.
 template <class Act>
@@ -36,8 +36,8 @@ NotificationHandler takingBack(Published<bool>& offered) {
 }
 
 std::string shortened(std::string_view text) {
-    if (text.size() <= longestNotes) return std::string(text);
-    std::size_t length = longestNotes;
+    if (text.size() <= longestText) return std::string(text);
+    std::size_t length = longestText;
     while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) --length;
     return std::string(text.substr(0, length)) + "…";
 }
@@ -78,9 +78,10 @@ void Prompts::showUpdate() {
     if (!application_.linuxSettings().updatePage.text().empty()) {
         actions.insert(actions.begin(), {"view", text("View")});
     }
-    notifications_.show({updateIdentifier, text("Pedvar {} is there", harmless(updates_.latestVersion.value())),
-                         shortened(harmless(updates_.releaseNotes.value())), std::move(actions)},
-                        takingBack(updates_.shouldShowUpdatePopup));
+    notifications_.show(
+        {updateIdentifier, text("Pedvar {} is there", shortened(harmless(updates_.latestVersion.value()))),
+         shortened(harmlessLines(updates_.releaseNotes.value())), std::move(actions)},
+        takingBack(updates_.shouldShowUpdatePopup));
 }
 
 void Prompts::showRecap() {
