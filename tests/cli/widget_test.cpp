@@ -19,6 +19,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 
 namespace pedvar {
 namespace {
@@ -203,6 +204,9 @@ TEST_CASE_FIXTURE(Following, "each status bar gets its line, from the suite alon
         CHECK(runPedvar(folder.path(), wrong).exitCode == 2);
     }
     CHECK(!std::filesystem::exists(folder / "widgets.reload"));
+    const std::string command =
+        "timeout 20 " PEDVAR_PROGRAM " widget --follow >/dev/full 2>/dev/null --data " + folder.path().string();
+    CHECK(WEXITSTATUS(std::system(command.c_str())) == 1);
 }
 
 }  // namespace

@@ -117,7 +117,8 @@ std::string line(Format format, const DefaultsSnapshot& suite, const Application
     return shown.stepsOfGoal();
 }
 
-/// Writes a line at the beginning, at each reload and at midnight, until nobody reads them.
+/// Writes a line at the beginning, at each reload and at midnight, until nobody reads them or they cannot be
+/// written.
 std::optional<CommandError> follow(Format format, Application& application, const TextSink& sink) {
     auto reloads = WidgetReloads::of(application.folder());
     if (!reloads) return errorOf(reloads.error());
@@ -135,6 +136,7 @@ std::optional<CommandError> follow(Format format, Application& application, cons
         const bool isBusy = !values && values.error().kind == ErrorKind::busy;
         if (!values && !isBusy) return values.error();
         if (values) sink(line(format, *values, application, region, catalogue) + "\n");
+        if (std::ferror(stdout)) return std::nullopt;  // whoever ends the program tells of that
         const auto woken = reloads->wait(isBusy ? application.clock().now() : midnight, STDOUT_FILENO);
         if (!woken) return errorOf(woken.error());
         if (*woken == WidgetReloads::Wake::readerGone) return std::nullopt;
