@@ -21,10 +21,11 @@ namespace {
 using namespace std::chrono_literals;
 
 struct Shown : Recording {
-    std::string lines(std::size_t width) {
+    std::string lines(std::size_t width, std::size_t rows = 24) {
         const Texts text(catalogue);
         const Screen screen{.text = text, .figures = Figures(locale, settings.preferences(), text)};
-        return fmt::format("{}\n", fmt::join(statusLines(*recorder, screen, width), "\n"));
+        return fmt::format("{}\n",
+                           fmt::join(fitting(statusLines(*recorder, time.now(), screen, width), rows), "\n"));
     }
 
     EnglishTexts catalogue;
@@ -50,13 +51,31 @@ GPS        Excellent
 Your GPS has locked onto satellites with excellent
 precision. Route tracking is at its best!
 )");
+    time.advance(11s);
+    CHECK(lines(80).contains("Pace       –\nSpeed      –\n"));
+    CHECK(lines(80).contains("GPS        Poor\n\nConnecting to GPS satellites."));
     recorder->pauseRecording();
     CHECK(lines(60).starts_with("\nHiking     paused\n"));
 }
 
-TEST_CASE("lines are broken between words, and within none") {
+TEST_CASE_FIXTURE(Shown, "a small screen keeps what matters most: time, distance, and that nothing is stored") {
+    walk.start(ActivityType::walk);
+    recorder->storageProblem = "The disk is full.";
+    CHECK(lines(20, 5) == R"(Walking    recording
+Time       0:00
+Distance   0 km
+The recording goes
+on, but cannot be
+)");
+    CHECK(lines(60, 12).starts_with("Walking    recording\n"));
+    CHECK(
+        lines(60, 12).ends_with("GPS        Poor\nConnecting to GPS satellites. This usually takes just a few\n"
+                                "The recording goes on, but cannot be stored now. The disk is\nfull.\n"));
+}
+
+TEST_CASE("lines are broken between words, and within those that are wider than a line") {
     CHECK(wrapped("one two three", 7) == std::vector<std::string>{"one two", "three"});
-    CHECK(wrapped("unbreakable – a", 3) == std::vector<std::string>{"unbreakable", "– a"});
+    CHECK(wrapped("a überbreit – b", 4) == std::vector<std::string>{"a", "über", "brei", "t –", "b"});
 }
 
 TEST_CASE("what keeps fixes from coming is told once, and that they come again") {
@@ -67,17 +86,19 @@ TEST_CASE("what keeps fixes from coming is told once, and that they come again")
     const Texts text(catalogue);
     std::vector<std::string> told;
     const ReceiverNews news(receiver, {}, text, [&](const std::string& message) {
-        told.push_back(message.substr(0, message.find_first_of(".(")));
+        told.push_back(message.substr(0, message.find_first_of(".)")));
     });
     for (const State state : {State::noDaemon, State::noReceiver, State::noFix, State::fix, State::silent,
                               State::fix, State::noReceiver, State::noFix, State::noDaemon, State::fix}) {
+        if (state == State::noDaemon) receiver.condition = {state, "unknown"};
         receiver.condition = {state, state == State::noDaemon ? "refused" : ""};
     }
     receiver.clockDifference = 3'600s;
     receiver.clockDifference = std::nullopt;
     receiver.clockDifference = -3'600s;
     CHECK(told == std::vector<std::string>{
-                      "No gpsd answers at localhost:2947 ",
+                      "No gpsd answers at localhost:2947 (unknown",
+                      "No gpsd answers at localhost:2947 (refused",
                       "gpsd at localhost:2947 has no receiver",
                       "The receiver has no fix yet",
                       "The receiver has a fix",
@@ -85,7 +106,7 @@ TEST_CASE("what keeps fixes from coming is told once, and that they come again")
                       "The receiver has a fix again",
                       "The receiver was unplugged",
                       "The receiver has lost its fix",
-                      "gpsd at localhost:2947 has gone ",
+                      "gpsd at localhost:2947 has gone (unknown",
                       "The receiver has a fix again",
                       "This machine's clock is 3600 s behind the receiver's, so its fixes cannot be used",
                       "This machine's clock is 3600 s ahead of the receiver's, so its fixes cannot be used",
@@ -105,6 +126,7 @@ struct Terminal {
         close(before);
         close(person);
     }
+    /// Whether what is typed is shown.
     static bool showsKeys() {
         termios settings{};
         tcgetattr(STDIN_FILENO, &settings);
