@@ -5,14 +5,19 @@
 #include "linux/system/event_loop.h"
 #include "platform/text_catalogue.h"
 #include "recording/recorder_fixture.h"
+#include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 #include <fcntl.h>
 #include <fmt/ranges.h>
+#include <poll.h>
+#include <spawn.h>
 #include <stdlib.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 
 namespace pedvar {
@@ -143,6 +148,7 @@ Task<> heard(Completion<bool>& all) {
 
 TEST_CASE("keys and signals are heard one by one, and the terminal is as before afterwards") {
     const Terminal terminal;
+    std::signal(SIGHUP, SIG_DFL);  // which whoever runs the tests may ignore
     EventLoop loop;
     std::string keys;
     int ends = 0;
@@ -168,6 +174,79 @@ TEST_CASE("keys and signals are heard one by one, and the terminal is as before 
         loop.run(heard(all));
     }
     CHECK(Terminal::showsKeys());
+}
+
+/// A person's shell, in a terminal of its own.
+class Shell {
+public:
+    explicit Shell(const std::filesystem::path& folder) {
+        check(grantpt(person_) == 0 && unlockpt(person_) == 0, "there are no terminals");
+        posix_spawn_file_actions_t files;
+        posix_spawn_file_actions_init(&files);
+        posix_spawn_file_actions_addchdir_np(&files, folder.c_str());
+        posix_spawn_file_actions_addopen(&files, STDIN_FILENO, ptsname(person_), O_RDWR, 0);
+        posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDERR_FILENO);
+        posix_spawnattr_t attributes;
+        posix_spawnattr_init(&attributes);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+        std::string words[] = {"sh", "-i", "TERM=xterm", "LC_ALL=C.UTF-8", "HOME=/nonexistent"};
+        char* const arguments[] = {words[0].data(), words[1].data(), nullptr};
+        char* const variables[] = {words[2].data(), words[3].data(), words[4].data(), nullptr};
+        const int failure = posix_spawn(&process_, "/bin/sh", &files, &attributes, arguments, variables);
+        posix_spawnattr_destroy(&attributes);
+        posix_spawn_file_actions_destroy(&files);
+        check(failure == 0, "there is no shell");
+    }
+    ~Shell() {
+        close(person_);
+        kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+
+    void type(const std::string& keys) const {
+        CHECK(write(person_, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size()));
+    }
+    /// Whether `text` comes, after what was waited for before.
+    bool shows(std::string_view text) {
+        constexpr int patience = 60'000;  // milliseconds
+        std::array<char, 4'096> bytes{};
+        while (!shown_.contains(text)) {
+            pollfd waiting{.fd = person_, .events = POLLIN, .revents = 0};
+            const auto count = poll(&waiting, 1, patience) == 1 ? read(person_, bytes.data(), bytes.size()) : 0;
+            if (count <= 0) return false;
+            shown_.append(bytes.data(), static_cast<std::size_t>(count));
+        }
+        shown_.erase(0, shown_.find(text) + text.size());
+        return true;
+    }
+
+private:
+    int person_ = posix_openpt(O_RDWR | O_NOCTTY);
+    pid_t process_ = 0;
+    std::string shown_;
+};
+
+TEST_CASE("a recording draws and hears keys in the foreground only, and leaves the terminal to whoever has it") {
+    const TemporaryFolder folder;
+    Shell shell(folder.path());
+    shell.type(PEDVAR_PROGRAM " record walk --gpsd localhost:1 --data data & echo begun\n");
+    REQUIRE(shell.shows("begun\r\n"));
+    shell.type("fg\n");
+    REQUIRE(shell.shows("p pause   s stop"));
+    shell.type("p");
+    REQUIRE(shell.shows("r resume   s stop"));
+    shell.type("\x1A");  // Ctrl-Z
+    REQUIRE(shell.shows("\x1b[?1049l"));
+    shell.type("stty -a\n");
+    REQUIRE(shell.shows(" icanon "));
+    REQUIRE(shell.shows(" echo "));
+    shell.type("bg; read -r line; echo \"read $line\"\nps\n");
+    REQUIRE(shell.shows("read ps"));
+    shell.type("fg\n");
+    REQUIRE(shell.shows("r resume   s stop"));
+    shell.type("s");
+    CHECK(shell.shows("Recorded by"));
 }
 
 }  // namespace

@@ -93,7 +93,7 @@ void RecordingDesk::show(LiveScreen::Importance importance) {
 
 void RecordingDesk::say(const std::string& message) {
     if (isOver_ || !hasScreen_) return tell(message);
-    messages_.push_back(message);
+    messages_.push_back(harmless(message));
     if (messages_.size() > shownMessages) messages_.pop_front();
     show(LiveScreen::Importance::high);
 }
@@ -108,7 +108,10 @@ void RecordingDesk::press(char key) {
             recorder_.resumeRecording();
             break;
         case 's':
-            return stop();
+            stop();
+            if (isOver_) return;
+            say(application_.text()("The recording cannot end while it cannot be stored; press s again later."));
+            break;
         case 'h':
             showsHelp_ = !showsHelp_;
             break;
