@@ -38,13 +38,14 @@ void LiveScreen::show(const std::vector<ScreenLine>& lines, Importance importanc
     if (importance == Importance::usual && isOpen_ && now - drawn_ < redrawing) return;
     if (isInBackground(STDOUT_FILENO)) return;
     const bool isAscii = terminalBehind(STDOUT_FILENO, ColorOutput::never).charset == Charset::ascii;
-    // The terminal cuts what is too wide for it.
+    // The terminal is not to break lines where characters take two columns.
     std::string text = isOpen_ ? "" : "\x1b[?1049h\x1b[?7l";
     text += "\x1b[H\x1b[J";
-    const auto shown = fitting(lines, terminalSize().ws_row);
+    const winsize size = terminalSize();
+    const auto shown = fitting(lines, size.ws_row);
     for (std::size_t i = 0; i < shown.size(); ++i) {
         if (i > 0) text += '\n';
-        text += isAscii ? toAscii(shown[i]) : shown[i];
+        text += beginning(isAscii ? toAscii(shown[i]) : shown[i], size.ws_col);
     }
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
