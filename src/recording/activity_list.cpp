@@ -77,7 +77,8 @@ bool hasRoute(const Activity& activity) {
 bool areCopies(const Activity& a, const Activity& b) {
     const Seconds shared = std::min(a.end, b.end) - std::max(a.start, b.start);
     const Seconds longer = std::max(a.end - a.start, b.end - b.start);
-    return shared > Seconds(0) && shared >= longer / 2;
+    const bool isSameMoment = a.start == b.start && a.end == b.end;  // perhaps of no length
+    return isSameMoment || (shared > Seconds(0) && shared >= longer / 2);
 }
 
 template <class T>
@@ -126,12 +127,15 @@ void addUnique(std::vector<Activity>& list, std::vector<Activity>& stretch) {
 Activity activityOf(const SavedSession& saved) {
     const ActivitySession& session = saved.session;
     const bool isForeign = isImported(session);
+    // A clock that was set back meanwhile makes no activity that ends before it starts.
+    const Date end =
+        std::max(session.startTime, session.endTime.value_or(session.startTime + Seconds(session.duration)));
     return {.id = session.id,
             .isOfHistory = true,
             .type = session.activityType,
             .kind = std::string(displayName(session.activityType)),
             .start = dated(session.startTime),
-            .end = dated(session.endTime.value_or(session.startTime + Seconds(session.duration))),
+            .end = dated(end),
             .duration = session.duration,
             .steps = isForeign ? std::nullopt : std::optional(session.steps),
             .distance = session.distance,
@@ -157,7 +161,7 @@ std::vector<Activity> activityList(const std::deque<SavedSession>& history,
     std::vector<Activity> list, stretch;
     Date end;
     for (Activity& activity : all) {
-        if (!stretch.empty() && activity.start >= end) addUnique(list, stretch);
+        if (!stretch.empty() && activity.start >= end && activity.end > end) addUnique(list, stretch);
         end = stretch.empty() ? activity.end : std::max(end, activity.end);
         stretch.push_back(std::move(activity));
     }

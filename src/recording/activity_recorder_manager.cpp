@@ -212,6 +212,7 @@ void ActivityRecorderManager::startLocationUpdates() {
 }
 
 void ActivityRecorderManager::startPedometer() {
+    stepProblem = std::nullopt;
     if (!pedometer_.isStepCountingAvailable()) return log_.stepCountingUnavailable();
     motionAccessDenied = pedometer_.authorizationStatus() == CMAuthorizationStatus::denied;
     if (motionAccessDenied) return log_.motionAccessDenied();
@@ -221,6 +222,7 @@ void ActivityRecorderManager::startPedometer() {
 }
 
 void ActivityRecorderManager::takeSteps(const std::expected<CMPedometerData, CMError>& update) {
+    stepProblem = update ? std::nullopt : std::optional(update.error().localizedDescription);
     if (!update) return log_.pedometerFailed(update.error().localizedDescription);
     currentSteps = update->numberOfSteps;
     log_.stepsUpdated(currentSteps);

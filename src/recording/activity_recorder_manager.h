@@ -80,6 +80,8 @@ public:
     Published<bool> didRestoreInProgressSession;  // the recording was begun by an earlier process
     /// Why the last checkpoint could not be written, for people; none when it was.
     Published<std::optional<Phrase>> storageProblem;
+    /// Why the step counter, which counted or could, does not now, for people.
+    Published<std::optional<std::string>> stepProblem;
 
     /// The finished sessions, newest first; their version tells of changes.
     const SessionHistory& savedSessions() const { return history_; }

@@ -53,7 +53,7 @@ void RecorderLog::pedometerStarted(Date from) {
 }
 
 void RecorderLog::pedometerFailed(std::string_view reason) {
-    complain("❌ Pedometer error: " + std::string(reason));
+    say("❌ Pedometer error: " + std::string(reason));  // people hear of it where the recording is shown
 }
 
 void RecorderLog::stepsUpdated(std::int64_t steps) {

@@ -5,14 +5,19 @@
 #include "linux/system/event_loop.h"
 #include "platform/text_catalogue.h"
 #include "recording/recorder_fixture.h"
+#include "support/temporary_folder.h"
 
 #include <doctest/doctest.h>
 #include <fcntl.h>
 #include <fmt/ranges.h>
+#include <poll.h>
+#include <spawn.h>
 #include <stdlib.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 
 namespace pedvar {
@@ -21,10 +26,11 @@ namespace {
 using namespace std::chrono_literals;
 
 struct Shown : Recording {
-    std::string lines(std::size_t width) {
+    std::string lines(std::size_t width, std::size_t rows = 24) {
         const Texts text(catalogue);
         const Screen screen{.text = text, .figures = Figures(locale, settings.preferences(), text)};
-        return fmt::format("{}\n", fmt::join(statusLines(*recorder, screen, width), "\n"));
+        return fmt::format("{}\n",
+                           fmt::join(fitting(statusLines(*recorder, time.now(), screen, width), rows), "\n"));
     }
 
     EnglishTexts catalogue;
@@ -50,13 +56,31 @@ GPS        Excellent
 Your GPS has locked onto satellites with excellent
 precision. Route tracking is at its best!
 )");
+    time.advance(11s);
+    CHECK(lines(80).contains("Pace       –\nSpeed      –\n"));
+    CHECK(lines(80).contains("GPS        Poor\n\nConnecting to GPS satellites."));
     recorder->pauseRecording();
     CHECK(lines(60).starts_with("\nHiking     paused\n"));
 }
 
-TEST_CASE("lines are broken between words, and within none") {
+TEST_CASE_FIXTURE(Shown, "a small screen keeps what matters most: time, distance, and that nothing is stored") {
+    walk.start(ActivityType::walk);
+    recorder->storageProblem = "The disk is full.";
+    CHECK(lines(20, 5) == R"(Walking    recording
+Time       0:00
+Distance   0 km
+The recording goes
+on, but cannot be
+)");
+    CHECK(lines(60, 12).starts_with("Walking    recording\n"));
+    CHECK(
+        lines(60, 12).ends_with("GPS        Poor\nConnecting to GPS satellites. This usually takes just a few\n"
+                                "The recording goes on, but cannot be stored now. The disk is\nfull.\n"));
+}
+
+TEST_CASE("lines are broken between words, and within those that are wider than a line") {
     CHECK(wrapped("one two three", 7) == std::vector<std::string>{"one two", "three"});
-    CHECK(wrapped("unbreakable – a", 3) == std::vector<std::string>{"unbreakable", "– a"});
+    CHECK(wrapped("a überbreit – b", 4) == std::vector<std::string>{"a", "über", "brei", "t –", "b"});
 }
 
 TEST_CASE("what keeps fixes from coming is told once, and that they come again") {
@@ -67,17 +91,19 @@ TEST_CASE("what keeps fixes from coming is told once, and that they come again")
     const Texts text(catalogue);
     std::vector<std::string> told;
     const ReceiverNews news(receiver, {}, text, [&](const std::string& message) {
-        told.push_back(message.substr(0, message.find_first_of(".(")));
+        told.push_back(message.substr(0, message.find_first_of(".)")));
     });
     for (const State state : {State::noDaemon, State::noReceiver, State::noFix, State::fix, State::silent,
                               State::fix, State::noReceiver, State::noFix, State::noDaemon, State::fix}) {
+        if (state == State::noDaemon) receiver.condition = {state, "unknown"};
         receiver.condition = {state, state == State::noDaemon ? "refused" : ""};
     }
     receiver.clockDifference = 3'600s;
     receiver.clockDifference = std::nullopt;
     receiver.clockDifference = -3'600s;
     CHECK(told == std::vector<std::string>{
-                      "No gpsd answers at localhost:2947 ",
+                      "No gpsd answers at localhost:2947 (unknown",
+                      "No gpsd answers at localhost:2947 (refused",
                       "gpsd at localhost:2947 has no receiver",
                       "The receiver has no fix yet",
                       "The receiver has a fix",
@@ -85,7 +111,7 @@ TEST_CASE("what keeps fixes from coming is told once, and that they come again")
                       "The receiver has a fix again",
                       "The receiver was unplugged",
                       "The receiver has lost its fix",
-                      "gpsd at localhost:2947 has gone ",
+                      "gpsd at localhost:2947 has gone (unknown",
                       "The receiver has a fix again",
                       "This machine's clock is 3600 s behind the receiver's, so its fixes cannot be used",
                       "This machine's clock is 3600 s ahead of the receiver's, so its fixes cannot be used",
@@ -105,6 +131,7 @@ struct Terminal {
         close(before);
         close(person);
     }
+    /// Whether what is typed is shown.
     static bool showsKeys() {
         termios settings{};
         tcgetattr(STDIN_FILENO, &settings);
@@ -121,6 +148,7 @@ Task<> heard(Completion<bool>& all) {
 
 TEST_CASE("keys and signals are heard one by one, and the terminal is as before afterwards") {
     const Terminal terminal;
+    std::signal(SIGHUP, SIG_DFL);  // which whoever runs the tests may ignore
     EventLoop loop;
     std::string keys;
     int ends = 0;
@@ -146,6 +174,79 @@ TEST_CASE("keys and signals are heard one by one, and the terminal is as before 
         loop.run(heard(all));
     }
     CHECK(Terminal::showsKeys());
+}
+
+/// A person's shell, in a terminal of its own.
+class Shell {
+public:
+    explicit Shell(const std::filesystem::path& folder) {
+        check(grantpt(person_) == 0 && unlockpt(person_) == 0, "there are no terminals");
+        posix_spawn_file_actions_t files;
+        posix_spawn_file_actions_init(&files);
+        posix_spawn_file_actions_addchdir_np(&files, folder.c_str());
+        posix_spawn_file_actions_addopen(&files, STDIN_FILENO, ptsname(person_), O_RDWR, 0);
+        posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDOUT_FILENO);
+        posix_spawn_file_actions_adddup2(&files, STDIN_FILENO, STDERR_FILENO);
+        posix_spawnattr_t attributes;
+        posix_spawnattr_init(&attributes);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+        std::string words[] = {"sh", "-i", "TERM=xterm", "LC_ALL=C.UTF-8", "HOME=/nonexistent"};
+        char* const arguments[] = {words[0].data(), words[1].data(), nullptr};
+        char* const variables[] = {words[2].data(), words[3].data(), words[4].data(), nullptr};
+        const int failure = posix_spawn(&process_, "/bin/sh", &files, &attributes, arguments, variables);
+        posix_spawnattr_destroy(&attributes);
+        posix_spawn_file_actions_destroy(&files);
+        check(failure == 0, "there is no shell");
+    }
+    ~Shell() {
+        close(person_);
+        kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+
+    void type(const std::string& keys) const {
+        CHECK(write(person_, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size()));
+    }
+    /// Whether `text` comes, after what was waited for before.
+    bool shows(std::string_view text) {
+        constexpr int patience = 60'000;  // milliseconds
+        std::array<char, 4'096> bytes{};
+        while (!shown_.contains(text)) {
+            pollfd waiting{.fd = person_, .events = POLLIN, .revents = 0};
+            const auto count = poll(&waiting, 1, patience) == 1 ? read(person_, bytes.data(), bytes.size()) : 0;
+            if (count <= 0) return false;
+            shown_.append(bytes.data(), static_cast<std::size_t>(count));
+        }
+        shown_.erase(0, shown_.find(text) + text.size());
+        return true;
+    }
+
+private:
+    int person_ = posix_openpt(O_RDWR | O_NOCTTY);
+    pid_t process_ = 0;
+    std::string shown_;
+};
+
+TEST_CASE("a recording draws and hears keys in the foreground only, and leaves the terminal to whoever has it") {
+    const TemporaryFolder folder;
+    Shell shell(folder.path());
+    shell.type(PEDVAR_PROGRAM " record walk --gpsd localhost:1 --data data & echo begun\n");
+    REQUIRE(shell.shows("begun\r\n"));
+    shell.type("fg\n");
+    REQUIRE(shell.shows("p pause   s stop"));
+    shell.type("p");
+    REQUIRE(shell.shows("r resume   s stop"));
+    shell.type("\x1A");  // Ctrl-Z
+    REQUIRE(shell.shows("\x1b[?1049l"));
+    shell.type("stty -a\n");
+    REQUIRE(shell.shows(" icanon "));
+    REQUIRE(shell.shows(" echo "));
+    shell.type("bg; read -r line; echo \"read $line\"\nps\n");
+    REQUIRE(shell.shows("read ps"));
+    shell.type("fg\n");
+    REQUIRE(shell.shows("r resume   s stop"));
+    shell.type("s");
+    CHECK(shell.shows("Recorded by"));
 }
 
 }  // namespace

@@ -121,8 +121,9 @@ TEST_CASE_FIXTURE(Recording, "what makes no sense is refused with what would") {
         {{"record", "walk", "--save"}, 2, "--save needs --replay"},
         {{"record", "walk", "--replay", "walk.gpx", "--speed", "2"}, 2, "valid: 1, 10, max"},
         {{"record", "walk", "--replay", "none.gpx"}, 1, "\"none.gpx\""},
-        {{"record", "walk", "--replay", "timeless.gpx"}, 1, "have no times"},
+        {{"record", "walk", "--replay", "timeless.gpx"}, 1, "have no usable times"},
         {{"record", "walk", "--finish"}, 2, "--finish needs no kind of activity."},
+        {{"record", "--finish", "--gpsd", "host"}, 2, "--finish and --gpsd do not go together"},
     };
     for (const auto& [arguments, exitCode, message] : cases) {
         CAPTURE(arguments.back());

@@ -42,8 +42,16 @@ RunningPedvar::RunningPedvar(const std::filesystem::path& folder, const std::vec
     for (const char* variable : {"TZ=Europe/Berlin", "LC_ALL=C.UTF-8", "HOME=/nonexistent"}) {
         variables.emplace_back(variable);  // the first of a name is the one that is found
     }
-    const int failure = posix_spawn(&process_, PEDVAR_PROGRAM, &files, nullptr, pointers(words).data(),
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t hangUp;  // which whoever runs the tests may ignore
+    sigemptyset(&hangUp);
+    sigaddset(&hangUp, SIGHUP);
+    posix_spawnattr_setsigdefault(&attributes, &hangUp);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    const int failure = posix_spawn(&process_, PEDVAR_PROGRAM, &files, &attributes, pointers(words).data(),
                                     pointers(variables).data());
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&files);
     check(failure == 0, "the program cannot be started");
 }

@@ -33,8 +33,9 @@ public:
     /// Starts to listen to what answers at `port`.
     void listen(const std::string& port) {
         manager.emplace(loop, clock, GpsdAddress{"127.0.0.1", port}, AccuracyFactors(), impatient);
-        watching =
-            manager->condition.observe([this](const ReceiverCondition& now) { states.push_back(now.state); });
+        watching = manager->condition.observe([this](const ReceiverCondition& now) {
+            if (states.empty() || states.back() != now.state) states.push_back(now.state);
+        });
         manager->setDelegate(this);
         manager->startUpdatingLocation();
     }

@@ -20,7 +20,10 @@ TEST_CASE("a lock is held once, tells by whom, and is free again when its holder
 
     const auto second = ProcessLock::take(file);
     REQUIRE(!second.has_value());
-    CHECK(second.error() == ProcessLock::Refusal{getpid(), 0});
+    CHECK(second.error() == ProcessLock::Refusal{0, getpid()});
+
+    writeFile(file, "");  // as when the disk is full
+    CHECK(ProcessLock::take(file).error() == ProcessLock::Refusal{0, std::nullopt});
 
     holder.reset();
     CHECK(ProcessLock::take(file).has_value());
@@ -34,7 +37,7 @@ TEST_CASE("a lock whose file cannot be made says why, and that nobody holds it")
     writeFile(folder / "file", "");
     const auto lock = ProcessLock::take(folder / "file" / "one.lock");
     REQUIRE(!lock.has_value());
-    CHECK(lock.error() == ProcessLock::Refusal{std::nullopt, ENOTDIR});
+    CHECK(lock.error() == ProcessLock::Refusal{ENOTDIR, std::nullopt});
 }
 
 }  // namespace

@@ -43,6 +43,8 @@ TEST_CASE("copies share at least half of the longer one's time") {
     CHECK(sources(activityList({}, {workout(0, 90, "A"), workout(5, 6, "B"), workout(10, 95, "C")})) == "B A+C");
     CHECK(sources(activityList({walked(0, 60)}, {workout(2, 58, "Watch"), workout(500, 510, "Watch")})) ==
           "Watch Pedvar+Watch");
+    CHECK(sources(activityList({walked(60, 10)}, {workout(0, 60, "A"), workout(60, 60, "Watch")})) ==
+          "Pedvar+Watch A");  // the clock was set back
     CHECK(activityList({}, {}).empty());
 }
 

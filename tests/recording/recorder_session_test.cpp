@@ -170,6 +170,9 @@ TEST_CASE_FIXTURE(Recording, "permissions and a missing step counter are told, a
         walk.start();
         launch->pedometer.fail("it is gone");
         CHECK(lines("❌").front() == "❌ Pedometer error: it is gone");
+        CHECK(recorder->stepProblem.value() == "it is gone");
+        launch->pedometer.count(7);
+        CHECK(!recorder->stepProblem.value());
     }
     SUBCASE("no permission for places until it is given") {
         launch->receiver.status = CLAuthorizationStatus::notDetermined;

@@ -114,7 +114,8 @@ void describeRecording(Grammar& grammar) {
                 "Put a recording that was left into the history");
             CLI::Option* const gpsd =
                 command.add_option("--gpsd", request.gpsd, "Where gpsd answers; localhost:2947 without it")
-                    ->type_name("HOST:PORT");
+                    ->type_name("HOST:PORT")
+                    ->excludes(finish);
             CLI::Option* const replay =
                 command.add_option("--replay", request.replay, "Play a GPX file back instead of receiving")
                     ->type_name("FILE")

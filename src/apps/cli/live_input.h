@@ -3,7 +3,9 @@
 
 #include "core/executor.h"
 
+#include <atomic>
 #include <functional>
+#include <memory>
 #include <thread>
 
 namespace pedvar {
@@ -12,13 +14,17 @@ namespace pedvar {
 ///
 /// While it lives, the signals that ask the process to end (Ctrl-C, SIGTERM, SIGHUP, SIGQUIT) do not end it, nor
 /// does it when nobody reads its output any more; `Handlers::end` is called instead. With keys, the terminal hands
-/// each key over at once and does not show it; the destructor gives it back as it was.
+/// each key over at once and does not show it, for as long as this process has its foreground; when the process is
+/// stopped, and by the destructor, it is given back as it was.
 class LiveInput {
 public:
     enum class Keys { heard, ignored };
     struct Handlers {
         std::function<void(char)> key;
         std::function<void()> end;
+        // With keys only.
+        std::function<void()> hide = [] {};  // the process is about to be stopped
+        std::function<void()> show = [] {};  // it goes on, or the terminal has another size
     };
 
     /// Keeps the reference. The handlers are called on the executor, which has to outlive what is queued there.
@@ -28,11 +34,24 @@ public:
     LiveInput& operator=(const LiveInput&) = delete;
 
 private:
-    void listen(bool withKeys);
+    void listen();
+    /// Has `job` run on the executor, unless this has been destroyed by then.
+    void post(void (LiveInput::*job)());
+    /// Takes the terminal when this process has its foreground.
+    void look();
+    void giveBack();
+    void stopProcess();
+    void goOn();
 
     MainExecutor& executor_;
-    Handlers handlers_;
+    const Keys keys_;
+    const Handlers handlers_;
+    std::atomic<bool> hearsKeys_ = false;
+    std::shared_ptr<LiveInput*> self_;
     std::thread thread_;
 };
+
+/// Whether `descriptor` is a terminal in whose background this process runs: another one's screen and keys.
+bool isInBackground(int descriptor);
 
 }  // namespace pedvar

@@ -20,10 +20,12 @@ ReceiverNews::ReceiverNews(GpsdLocationManager& receiver, GpsdAddress address, c
       })) {}
 
 void ReceiverNews::hear(const ReceiverCondition& condition) {
-    const bool isNewFix = condition.state == State::fix && isTroubled_;
-    if (isNewFix || condition.state != State::fix) {
+    const bool isUntroubledFix = condition.state == State::fix && !isTroubled_;
+    const bool isStillGone = condition.state == State::noDaemon && isGone_;
+    if (!isUntroubledFix && !isStillGone) {
         if (const std::string told = sentence(condition); !told.empty()) tell_(told);
     }
+    isGone_ = condition.state == State::noDaemon && hadDaemon_;
     isTroubled_ = condition.state != State::fix && condition.state != State::connecting;
     hadDaemon_ = hadDaemon_ || condition.state > State::noDaemon;
     hadReceiver_ = hadReceiver_ || condition.state > State::noReceiver;

@@ -26,6 +26,7 @@ private:
     const Texts& text_;
     Tell tell_;
     bool hadDaemon_ = false;
+    bool isGone_ = false;  // the daemon, which is told once, whatever keeps it away then
     bool hadReceiver_ = false;
     bool hadFix_ = false;
     bool isTroubled_ = false;

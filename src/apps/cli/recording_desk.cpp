@@ -30,10 +30,23 @@ RecordingDesk::RecordingDesk(MainExecutor& executor, const Clock& clock, Activit
           if (problem && hasScreen_) return;  // it stands there while it lasts
           const Texts& text = application_.text();
           say(problem ? storageText(*problem, text) : text("The recording is stored again."));
+      })),
+      stepProblem_(recorder.stepProblem.observe([this](const std::optional<std::string>& problem) {
+          const Texts& text = application_.text();
+          say(problem ? text("Steps cannot be counted now: {}. The recording goes on without them.",
+                             harmless(*problem))
+                      : text("Steps are counted again."));
       })) {}
 
 RecordingDesk::~RecordingDesk() {
     lines_.clear();
+}
+
+LiveInput::Handlers RecordingDesk::handlers() {
+    return {.key = [this](char key) { press(key); },
+            .end = [this] { leave(); },
+            .hide = [this] { lines_.clear(); },
+            .show = [this] { show(LiveScreen::Importance::high); }};
 }
 
 void RecordingDesk::open() {
@@ -60,25 +73,28 @@ void RecordingDesk::show(LiveScreen::Importance importance) {
     if (!hasScreen_ || isOver_) return;
     const std::size_t width = LiveScreen::width();
     const Texts& text = screen_.text;
-    std::vector<std::string> lines = statusLines(recorder_, screen_, width);
-    const auto add = [&](const std::string& paragraph) {
-        for (std::string& line : wrapped(paragraph, width)) lines.push_back(std::move(line));
+    std::vector<ScreenLine> lines = statusLines(recorder_, clock_.now(), screen_, width);
+    const auto add = [&](const std::string& paragraph, Rank rank) {
+        for (std::string& line : wrapped(paragraph, width)) lines.push_back({std::move(line), rank});
     };
-    for (const std::string& message : messages_) add(message);
-    lines.emplace_back();
+    for (const std::string& message : messages_) {
+        add(message, &message == &messages_.back() ? Rank::news : Rank::explanation);
+    }
+    lines.push_back({"", Rank::blank});
     if (showsHelp_) {
-        add(text(
-            "p pauses, r goes on, s stops and puts the activity into the history. Ctrl-C leaves the recording: "
-            "the same command goes on with it within twelve hours. h hides this."));
+        add(text("p pauses, r goes on, s stops and puts the activity into the history. Ctrl-C leaves the "
+                 "recording: the same command goes on with it within twelve hours. h hides this."),
+            Rank::asked);
     } else {
-        add(recorder_.isPaused ? text("r resume   s stop   h help") : text("p pause   s stop   h help"));
+        add(recorder_.isPaused ? text("r resume   s stop   h help") : text("p pause   s stop   h help"),
+            Rank::keys);
     }
     lines_.show(lines, importance);
 }
 
 void RecordingDesk::say(const std::string& message) {
     if (isOver_ || !hasScreen_) return tell(message);
-    messages_.push_back(message);
+    messages_.push_back(harmless(message));
     if (messages_.size() > shownMessages) messages_.pop_front();
     show(LiveScreen::Importance::high);
 }
@@ -93,7 +109,10 @@ void RecordingDesk::press(char key) {
             recorder_.resumeRecording();
             break;
         case 's':
-            return stop();
+            stop();
+            if (isOver_) return;
+            say(application_.text()("The recording cannot end while it cannot be stored; press s again later."));
+            break;
         case 'h':
             showsHelp_ = !showsHelp_;
             break;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "apps/cli/application.h"
+#include "apps/cli/live_input.h"
 #include "apps/cli/live_screen.h"
 #include "recording/activity_recorder_manager.h"
 
@@ -28,18 +29,20 @@ public:
     RecordingDesk(const RecordingDesk&) = delete;
     RecordingDesk& operator=(const RecordingDesk&) = delete;
 
-    bool hasScreen() const { return hasScreen_; }
+    /// What the person does at it.
+    LiveInput::Keys keys() const { return hasScreen_ ? LiveInput::Keys::heard : LiveInput::Keys::ignored; }
+    LiveInput::Handlers handlers();
 
     /// Begins to show.
     void open();
     /// Tells the person something: below the values, or on standard error.
     void say(const std::string& message);
 
-    void press(char key);
     void stop();
-    void leave();
 
 private:
+    void press(char key);
+    void leave();
     void tick();
     void show(LiveScreen::Importance importance);
     void finish(Ending ending);
@@ -57,6 +60,7 @@ private:
     LiveScreen lines_;
     std::deque<std::string> messages_;  // the latest ones
     Subscription storageProblem_;
+    Subscription stepProblem_;
     Timer timer_;
 };
 

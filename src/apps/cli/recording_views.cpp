@@ -2,7 +2,6 @@
 
 #include "apps/cli/charts.h"
 #include "apps/cli/commands/day_views.h"
-#include "apps/cli/live_screen.h"
 #include "apps/cli/moment.h"
 
 #include <algorithm>
@@ -22,6 +21,13 @@ JsonValue orNull(const std::optional<Value>& value) {
 /// None while nobody moves.
 std::optional<double> paceOf(const ActivityRecorderManager& recorder) {
     return recorder.currentPace > 0 ? std::optional(recorder.currentPace.value()) : std::nullopt;
+}
+
+/// What was known of a fix says nothing once no further ones come.
+bool hasFreshFix(const ActivityRecorderManager& recorder, Date now) {
+    constexpr Seconds longestSilence{10};
+    const auto& location = recorder.currentLocation.value();
+    return location && (!recorder.isRecording || now - location->timestamp <= longestSilence);
 }
 
 std::string_view stateOf(const ActivityRecorderManager& recorder) {
@@ -61,15 +67,17 @@ JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, con
         {"gpsAccuracy", location ? JsonValue{recorder.gpsAccuracy.value()} : JsonValue{}},
         {"gpsQuality", {std::string(quality.label)}},
         {"storageProblem", problem ? JsonValue{text.of(*problem)} : JsonValue{}},
+        {"stepProblem", orNull(recorder.stepProblem.value())},
     };
 }
 
-std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, const Screen& screen,
-                                     std::size_t width) {
+std::vector<ScreenLine> statusLines(const ActivityRecorderManager& recorder, Date now, const Screen& screen,
+                                    std::size_t width) {
     const Figures& figures = screen.figures;
     const Texts& text = screen.text;
-    const GPSQuality quality = recorder.gpsQuality();
-    const auto pace = paceOf(recorder);
+    const bool isFresh = hasFreshFix(recorder, now);
+    const GPSQuality quality = isFresh ? recorder.gpsQuality() : gpsQuality(std::nullopt);
+    const auto pace = isFresh ? paceOf(recorder) : std::nullopt;
     const auto elevation = recorder.currentElevation.value();
     const std::vector<std::pair<std::string, std::string>> values{
         {text.lookUp(displayName(recorder.activityType)), stateText(recorder, text)},
@@ -77,7 +85,7 @@ std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, co
         {text("Distance"),
          text("{0} {1}", figures.number(recorder.totalDistance / figures.unitLength(), 2), figures.unitName())},
         {text("Pace"), pace ? figures.pace(*pace * secondsPerMinute / metersPerPaceUnit) : "–"},
-        {text("Speed"), figures.speed(recorder.currentSpeed)},
+        {text("Speed"), isFresh ? figures.speed(recorder.currentSpeed) : "–"},
         {text("Steps"), figures.number(recorder.currentSteps)},
         {text("Energy"), figures.energy(static_cast<double>(recorder.currentCalories.value()))},
         {text("Elevation"),
@@ -87,13 +95,18 @@ std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, co
     };
     std::size_t labelWidth = 0;
     for (const auto& [label, value] : values) labelWidth = std::max(labelWidth, columns(label));
-    std::vector<std::string> lines{""};
-    for (const auto& [label, value] : values) lines.push_back(leftAligned(label, labelWidth + 2) + value);
-    lines.emplace_back();
-    for (std::string& line : wrapped(text.lookUp(quality.description), width)) lines.push_back(std::move(line));
-    if (const auto& problem = recorder.storageProblem.value()) {
-        for (std::string& line : wrapped(storageText(*problem, text), width)) lines.push_back(std::move(line));
+    std::vector<ScreenLine> lines{{"", Rank::blank}};
+    for (const auto& [label, value] : values) {
+        // State, time and distance.
+        const Rank rank = lines.size() <= 3 ? Rank::essential : Rank::value;
+        lines.push_back({leftAligned(label, labelWidth + 2) + value, rank});
     }
+    lines.push_back({"", Rank::blank});
+    const auto add = [&](const std::string& paragraph, Rank rank) {
+        for (std::string& line : wrapped(paragraph, width)) lines.push_back({std::move(line), rank});
+    };
+    add(text.lookUp(quality.description), Rank::explanation);
+    if (const auto& problem = recorder.storageProblem.value()) add(storageText(*problem, text), Rank::problem);
     return lines;
 }
 

@@ -1,6 +1,7 @@
 /// What a recording shows of itself.
 #pragma once
 
+#include "apps/cli/live_screen.h"
 #include "apps/cli/screen.h"
 #include "core/json_value.h"
 #include "recording/activity_recorder_manager.h"
@@ -19,7 +20,7 @@ JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, con
 std::string storageText(const Phrase& problem, const Texts& text);
 
 /// The values as they stand on the screen, a line each.
-std::vector<std::string> statusLines(const ActivityRecorderManager& recorder, const Screen& screen,
-                                     std::size_t width);
+std::vector<ScreenLine> statusLines(const ActivityRecorderManager& recorder, Date now, const Screen& screen,
+                                    std::size_t width);
 
 }  // namespace pedvar

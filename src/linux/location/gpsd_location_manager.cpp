@@ -75,7 +75,7 @@ private:
 
     /// Once, until it is another one.
     void tell(const ReceiverCondition& present) {
-        if (std::exchange(told_, present.state) == present.state) return;
+        if (std::exchange(told_, present) == present) return;
         post([present](GpsdLocationManager& owner) { owner.condition = present; });
     }
 
@@ -115,7 +115,7 @@ private:
     GpsdLocationManager* owner_;  // used on the main executor only
     const GpsdAddress address_;
     const GpsdPatience patience_;
-    std::optional<ReceiverCondition::State> told_;
+    std::optional<ReceiverCondition> told_;
 };
 
 GpsdLocationManager::GpsdLocationManager(MainExecutor& executor, const Clock& clock, GpsdAddress address,

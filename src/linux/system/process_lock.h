@@ -15,8 +15,8 @@ namespace pedvar {
 class ProcessLock {
 public:
     struct Refusal {
-        std::optional<pid_t> owner;  // who holds it; none when nobody does
-        int error = 0;               // what keeps the file from being made, when nobody holds it
+        int error = 0;               // what keeps the file from being made; 0 when somebody holds it
+        std::optional<pid_t> owner;  // who holds it, where the file says
         bool operator==(const Refusal&) const = default;
     };
 

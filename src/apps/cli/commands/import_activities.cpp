@@ -21,7 +21,8 @@ CommandResult<ImportedActivity> readActivity(const std::string& path, ActivityTy
     if (!imported) {
         return std::unexpected(CommandError{
             ErrorKind::noTimes,
-            application.text()("\"{}\": The points have no times, so nobody was there at a known moment.", path)});
+            application.text()("\"{}\": The points have no usable times, so nobody was there at a known moment.",
+                               path)});
     }
     return std::move(*imported);
 }

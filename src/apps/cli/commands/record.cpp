@@ -3,7 +3,6 @@
 #include "apps/cli/activity_list.h"
 #include "apps/cli/commands/arguments.h"
 #include "apps/cli/kernel_files.h"
-#include "apps/cli/live_input.h"
 #include "apps/cli/receiver_news.h"
 #include "apps/cli/recorder.h"
 #include "apps/cli/recording_desk.h"
@@ -44,9 +43,16 @@ CommandResult<std::optional<InProgressState>> leftRecording(CheckpointStore& che
     return commandResult<std::optional<InProgressState>>(checkpoints.restore(clock.now()));
 }
 
+/// With the day where that is not today.
 std::string startText(const ActivitySession& session, const Application& application) {
-    const LocalTime start = application.calendar().localTime(session.startTime);
-    return application.screen().figures.time(start);
+    const Calendar calendar = application.calendar();
+    const Figures figures = application.screen().figures;
+    const LocalTime start = calendar.localTime(session.startTime);
+    const Day day = std::chrono::floor<std::chrono::days>(start);
+    const bool isToday =
+        day == std::chrono::floor<std::chrono::days>(calendar.localTime(application.clock().now()));
+    if (isToday) return figures.time(start);
+    return application.text()("{0} {1}", figures.date(day), figures.time(start));
 }
 
 /// A recording with everything that it needs of this machine.
@@ -72,9 +78,7 @@ public:
 
     /// Until the person ends it.
     Ending run() {
-        const LiveInput input(application_.loop(),
-                              desk_.hasScreen() ? LiveInput::Keys::heard : LiveInput::Keys::ignored,
-                              {[this](char key) { desk_.press(key); }, [this] { desk_.leave(); }});
+        const LiveInput input(application_.loop(), desk_.keys(), desk_.handlers());
         desk_.open();
         const Ending ending = application_.loop().run(awaited());
         if (ending == Ending::stopped) application_.loop().run(recorder_.workouts.finished());
@@ -134,7 +138,7 @@ CommandResult<Report> recordLive(const RecordRequest& request, ActivityType type
     const Texts& text = application.text();
     const auto address = gpsdAddress(request.gpsd, text);
     if (!address) return std::unexpected(address.error());
-    const auto lock = takeLock(application, "recorder.lock");
+    const auto lock = takeLock(application, Lock::recorder);
     if (!lock) return std::unexpected(lock.error());
     const std::size_t finishedBefore = application.sessions().savedSessions().size();
     CheckpointStore checkpoints(application.documents(), application.sessions());
@@ -177,7 +181,7 @@ Task<> written(WorkoutWriter& workouts) {
 /// Ends a recording that nobody goes on with, as of its last checkpoint.
 CommandResult<Report> finishLeft(Application& application) {
     const Texts& text = application.text();
-    const auto lock = takeLock(application, "recorder.lock");
+    const auto lock = takeLock(application, Lock::recorder);
     if (!lock) return std::unexpected(lock.error());
     const SessionHistory& history = application.sessions();
     const std::size_t finishedBefore = history.savedSessions().size();
@@ -201,20 +205,35 @@ CommandResult<Report> finishLeft(Application& application) {
 
 }  // namespace
 
-CommandResult<ProcessLock> takeLock(const Application& application, const std::string& name) {
-    const std::filesystem::path file = application.folder() / name;
+CommandResult<ProcessLock> takeLock(const Application& application, Lock which) {
+    const bool isReplay = which == Lock::replay;
+    const std::filesystem::path file = application.folder() / (isReplay ? "replay.lock" : "recorder.lock");
     auto lock = ProcessLock::take(file);
     if (lock) return std::move(*lock);
     const Texts& text = application.text();
-    if (lock.error().owner) {
-        return std::unexpected(
-            CommandError{ErrorKind::alreadyRecording,
-                         text("Process {} records already, and only one can at a time. The key s ends it there.",
-                              *lock.error().owner)});
+    if (const int error = lock.error().error; error != 0) {
+        return std::unexpected(CommandError{ErrorKind::unwritable, Phrase("\"{}\" cannot be written: {}.",
+                                                                          {file.string(), std::strerror(error)})});
     }
-    return std::unexpected(
-        CommandError{ErrorKind::unwritable,
-                     Phrase("\"{}\" cannot be written: {}.", {file.string(), std::strerror(lock.error().error)})});
+    const auto owner = lock.error().owner;
+    const auto refusal = [&] {
+        if (isReplay && owner) {
+            return text("Process {} plays a recording back already, and only one can at a time. Wait for its end.",
+                        *owner);
+        }
+        if (isReplay) {
+            return text(
+                "Another process plays a recording back already, and only one can at a time. Wait for its end.");
+        }
+        if (owner) {
+            return text(
+                "Process {0} records already, and only one can at a time. `kill {0}` leaves its recording, which "
+                "can be gone on with or finished.",
+                *owner);
+        }
+        return text("Another process records already, and only one can at a time. End it there first.");
+    };
+    return std::unexpected(CommandError{ErrorKind::alreadyRecording, refusal()});
 }
 
 std::filesystem::path healthFile(const Application& application) {

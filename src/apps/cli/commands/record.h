@@ -6,12 +6,13 @@
 #include "linux/system/process_lock.h"
 #include "recording/activity_session.h"
 
-#include <string>
+#include <filesystem>
 
 namespace pedvar {
 
-/// The lock of that name in the data folder, for as long as this process records.
-CommandResult<ProcessLock> takeLock(const Application& application, const std::string& name);
+/// Holds others off for as long as this process records, or plays a recording back.
+enum class Lock { recorder, replay };
+CommandResult<ProcessLock> takeLock(const Application& application, Lock lock);
 
 /// The file of the health store.
 std::filesystem::path healthFile(const Application& application);

@@ -2,7 +2,6 @@
 #include "apps/cli/commands/record.h"
 #include "apps/cli/gpx_file.h"
 #include "apps/cli/kept_log.h"
-#include "apps/cli/live_input.h"
 #include "apps/cli/recorder.h"
 #include "apps/cli/recording_desk.h"
 #include "linux/replay/replay_receiver.h"
@@ -65,9 +64,9 @@ CommandResult<Recorded> readRecording(const std::string& path, ActivityType type
     SystemRandom random;
     const auto activity = importedActivity(*document, type, random);
     if (!activity) {
-        return std::unexpected(
-            CommandError{ErrorKind::noTimes,
-                         text("\"{}\": The points have no times, so nobody was there at a known moment.", path)});
+        return std::unexpected(CommandError{
+            ErrorKind::noTimes,
+            text("\"{}\": The points have no usable times, so nobody was there at a known moment.", path)});
     }
     if (*activity->session.endTime - activity->session.startTime > longestRecording) {
         return std::unexpected(
@@ -156,8 +155,7 @@ public:
                 return std::unexpected(begun.error());
             }
         }
-        const LiveInput input(time_, desk_.hasScreen() ? LiveInput::Keys::heard : LiveInput::Keys::ignored,
-                              {[this](char key) { desk_.press(key); }, [this] { desk_.leave(); }});
+        const LiveInput input(time_, desk_.keys(), desk_.handlers());
         desk_.open();
         playFixes();
         if (!ending_) {
@@ -255,7 +253,7 @@ CommandResult<Report> replay(const RecordRequest& request, ActivityType type, Ap
     if (!speed) return std::unexpected(speed.error());
     const auto recorded = readRecording(*request.replay, type, application);
     if (!recorded) return std::unexpected(recorded.error());
-    const auto lock = takeLock(application, "replay.lock");
+    const auto lock = takeLock(application, Lock::replay);
     if (!lock) return std::unexpected(lock.error());
     const std::filesystem::path folder = application.folder() / "replay";
     const bool isSaved = request.save == RecordRequest::Save::yes;

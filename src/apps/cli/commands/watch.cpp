@@ -11,12 +11,14 @@ namespace pedvar {
 namespace {
 
 CommandError errorOf(const ProcessLock::Refusal& refusal, const Application& application) {
-    if (!refusal.owner) {
+    if (refusal.error != 0) {
         return {ErrorKind::unwritable, Phrase("The folder {0} cannot be written: {1}.",
                                               {application.folder().string(), std::strerror(refusal.error)})};
     }
+    const Texts& text = application.text();
     return {ErrorKind::alreadyWatching,
-            application.text()("Another process watches this folder already: process {}.", *refusal.owner)};
+            refusal.owner ? text("Another process watches this folder already: process {}.", *refusal.owner)
+                          : text("Another process watches this folder already.")};
 }
 
 /// Watches until it is asked to end, or everything is to be built anew.
