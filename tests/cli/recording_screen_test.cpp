@@ -190,10 +190,12 @@ public:
         posix_spawnattr_t attributes;
         posix_spawnattr_init(&attributes);
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-        std::string words[] = {"sh", "-i", "TERM=xterm", "LC_ALL=C.UTF-8", "HOME=/nonexistent"};
-        char* const arguments[] = {words[0].data(), words[1].data(), nullptr};
-        char* const variables[] = {words[2].data(), words[3].data(), words[4].data(), nullptr};
-        const int failure = posix_spawn(&process_, "/bin/sh", &files, &attributes, arguments, variables);
+        // This one lets a job that runs in the background know nothing of coming to the foreground.
+        std::string words[] = {"bash", "--norc", "--noediting", "-i"};
+        std::string settings[] = {"TERM=xterm", "LC_ALL=C.UTF-8", "HOME=/nonexistent"};
+        char* const arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
+        char* const variables[] = {settings[0].data(), settings[1].data(), settings[2].data(), nullptr};
+        const int failure = posix_spawn(&process_, "/bin/bash", &files, &attributes, arguments, variables);
         posix_spawnattr_destroy(&attributes);
         posix_spawn_file_actions_destroy(&files);
         check(failure == 0, "there is no shell");
@@ -230,7 +232,9 @@ private:
 TEST_CASE("a recording draws and hears keys in the foreground only, and leaves the terminal to whoever has it") {
     const TemporaryFolder folder;
     Shell shell(folder.path());
-    shell.type(PEDVAR_PROGRAM " record walk --gpsd localhost:1 --data data & echo begun\n");
+    shell.type(PEDVAR_PROGRAM
+               " record walk --gpsd localhost:1 --data data & until test -e data/defaults.sqlite; do :; done; "
+               "echo begun\n");
     REQUIRE(shell.shows("begun\r\n"));
     shell.type("fg\n");
     REQUIRE(shell.shows("p pause   s stop"));
@@ -238,11 +242,14 @@ TEST_CASE("a recording draws and hears keys in the foreground only, and leaves t
     REQUIRE(shell.shows("r resume   s stop"));
     shell.type("\x1A");  // Ctrl-Z
     REQUIRE(shell.shows("\x1b[?1049l"));
+    REQUIRE(shell.shows("Stopped"));
     shell.type("stty -a\n");
     REQUIRE(shell.shows(" icanon "));
     REQUIRE(shell.shows(" echo "));
     shell.type("bg; read -r line; echo \"read $line\"\nps\n");
     REQUIRE(shell.shows("read ps"));
+    shell.type("jobs\n");
+    REQUIRE(shell.shows("Running"));
     shell.type("fg\n");
     REQUIRE(shell.shows("r resume   s stop"));
     shell.type("s");
