@@ -62,7 +62,7 @@ Task<> StepIngestion::ingest() {
     load();
     const auto reading = counter_.read();
     if (!reading) {
-        problem = reading.error().localizedDescription;
+        problem = reading.error().localizedDescription.inEnglish();
         co_return;
     }
     take(*reading);

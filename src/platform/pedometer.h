@@ -2,11 +2,11 @@
 #pragma once
 
 #include "core/date.h"
+#include "platform/phrase.h"
 
 #include <cstdint>
 #include <expected>
 #include <functional>
-#include <string>
 
 namespace pedvar {
 
@@ -21,7 +21,7 @@ struct CMPedometerData {
 
 /// Why steps cannot be counted, for people.
 struct CMError {
-    std::string localizedDescription;
+    Phrase localizedDescription;
 };
 
 /// Called on the main executor, again and again.

@@ -223,7 +223,7 @@ void ActivityRecorderManager::startPedometer() {
 
 void ActivityRecorderManager::takeSteps(const std::expected<CMPedometerData, CMError>& update) {
     stepProblem = update ? std::nullopt : std::optional(update.error().localizedDescription);
-    if (!update) return log_.pedometerFailed(update.error().localizedDescription);
+    if (!update) return log_.pedometerFailed(update.error().localizedDescription.inEnglish());
     currentSteps = update->numberOfSteps;
     log_.stepsUpdated(currentSteps);
     if (isRecording) refreshSession();

@@ -81,7 +81,7 @@ public:
     /// Why the last checkpoint could not be written, for people; none when it was.
     Published<std::optional<Phrase>> storageProblem;
     /// Why the step counter, which counted or could, does not now, for people.
-    Published<std::optional<std::string>> stepProblem;
+    Published<std::optional<Phrase>> stepProblem;
 
     /// The finished sessions, newest first; their version tells of changes.
     const SessionHistory& savedSessions() const { return history_; }

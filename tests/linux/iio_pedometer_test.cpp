@@ -35,7 +35,7 @@ public:
             if (update) {
                 told.push_back(update->numberOfSteps);
             } else {
-                problems.push_back(update.error().localizedDescription);
+                problems.push_back(update.error().localizedDescription.inEnglish());
             }
         });
         time.advance(1s);

@@ -170,7 +170,7 @@ TEST_CASE_FIXTURE(Recording, "permissions and a missing step counter are told, a
         walk.start();
         launch->pedometer.fail("it is gone");
         CHECK(lines("❌").front() == "❌ Pedometer error: it is gone");
-        CHECK(recorder->stepProblem.value() == "it is gone");
+        CHECK(recorder->stepProblem.value()->inEnglish() == "it is gone");
         launch->pedometer.count(7);
         CHECK(!recorder->stepProblem.value());
     }

@@ -31,10 +31,10 @@ RecordingDesk::RecordingDesk(MainExecutor& executor, const Clock& clock, Activit
           const Texts& text = application_.text();
           say(problem ? storageText(*problem, text) : text("The recording is stored again."));
       })),
-      stepProblem_(recorder.stepProblem.observe([this](const std::optional<std::string>& problem) {
+      stepProblem_(recorder.stepProblem.observe([this](const std::optional<Phrase>& problem) {
           const Texts& text = application_.text();
           say(problem ? text("Steps cannot be counted now: {}. The recording goes on without them.",
-                             harmless(*problem))
+                             harmless(text.of(*problem)))
                       : text("Steps are counted again."));
       })) {}
 

@@ -51,6 +51,7 @@ JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, con
     const GPSQuality quality = recorder.gpsQuality();
     const auto& location = recorder.currentLocation.value();
     const auto& problem = recorder.storageProblem.value();
+    const auto& stepProblem = recorder.stepProblem.value();
     return {
         {"state", {std::string(stateOf(recorder))}},
         {"time", {isoText(now, calendar)}},
@@ -67,7 +68,7 @@ JsonObject statusDocument(const ActivityRecorderManager& recorder, Date now, con
         {"gpsAccuracy", location ? JsonValue{recorder.gpsAccuracy.value()} : JsonValue{}},
         {"gpsQuality", {std::string(quality.label)}},
         {"storageProblem", problem ? JsonValue{text.of(*problem)} : JsonValue{}},
-        {"stepProblem", orNull(recorder.stepProblem.value())},
+        {"stepProblem", stepProblem ? JsonValue{text.of(*stepProblem)} : JsonValue{}},
     };
 }
 

@@ -12,6 +12,7 @@
 #include <ctime>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace pedvar {
@@ -82,9 +83,9 @@ bool IIOStepCounter::isOn() const {
 }
 
 std::expected<StepReading, CMError> IIOStepCounter::read() {
-    if (!device_) return std::unexpected(CMError{"there is no step counter"});
-    const auto failed = [](const fs::path& path, std::string_view reason) {
-        return std::unexpected(CMError{path.string() + ": " + std::string(reason)});
+    if (!device_) return std::unexpected(CMError{Phrase("there is no step counter")});
+    const auto failed = [](const fs::path& path, Phrase reason) {
+        return std::unexpected(CMError{Phrase("{}: {}", {path.string(), std::move(reason)})});
     };
     if (!isOn()) {
         const fs::path path = *device_ / switchName;
@@ -98,7 +99,9 @@ std::expected<StepReading, CMError> IIOStepCounter::read() {
     std::int64_t steps = 0;
     const char* const end = line->data() + line->size();
     const auto [rest, problem] = std::from_chars(line->data(), end, steps);
-    if (problem != std::errc() || rest != end || steps < 0) return failed(path, "\"" + *line + "\" is no count");
+    if (problem != std::errc() || rest != end || steps < 0) {
+        return failed(path, Phrase("\"{}\" is no count", {*line}));
+    }
     return StepReading{steps, epoch_, sinceBoot()};
 }
 
