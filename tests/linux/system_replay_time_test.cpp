@@ -61,8 +61,8 @@ TEST_CASE("timers of one moment run in the order of their making, and a cancelle
 }
 
 TEST_CASE("at a thousand times its speed a replay takes its share of time, and can be interrupted meanwhile") {
-    Ticking replay(1000);
     const auto began = std::chrono::steady_clock::now();
+    Ticking replay(1000);
     replay.time.passTo(start + 20s, AtEnd::run);
     CHECK(std::chrono::steady_clock::now() - began >= 20ms);
     CHECK(replay.seen.size() == 20);
