@@ -36,8 +36,9 @@ public:
     virtual CMAuthorizationStatus authorizationStatus() const = 0;
 
     /// Tells `handler` the steps since `start` whenever there are more, until `stopUpdates` or another start.
-    /// Asked again from the same start, also by another process, it goes on counting where it was.
-    virtual void startUpdates(Date start, CMPedometerHandler handler) = 0;
+    /// Asked again from the same start, also by another process, it goes on counting where it was, and not below
+    /// the steps `known` from before.
+    virtual void startUpdates(Date start, std::int64_t known, CMPedometerHandler handler) = 0;
     /// The handler is not called any more, while the count goes on for whoever asks from the same start.
     virtual void detach() = 0;
     /// The count is over. The handler is not called any more.

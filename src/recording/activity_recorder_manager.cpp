@@ -100,6 +100,7 @@ void ActivityRecorderManager::resumeRecording() {
     pauseStartDate_.reset();
     isPaused = false;
     isRecording = true;
+    autoPauseMode_ = autoPauseMode(settings_);
     startLocationUpdates();
     scheduleTick();
     if (!isPedometerRunning_) startPedometer();
@@ -218,7 +219,7 @@ void ActivityRecorderManager::startPedometer() {
     if (motionAccessDenied) return log_.motionAccessDenied();
     log_.pedometerStarted(*sessionStartDate_);
     isPedometerRunning_ = true;
-    pedometer_.startUpdates(*sessionStartDate_, [this](const auto& update) { takeSteps(update); });
+    pedometer_.startUpdates(*sessionStartDate_, currentSteps, [this](const auto& update) { takeSteps(update); });
 }
 
 void ActivityRecorderManager::takeSteps(const std::expected<CMPedometerData, CMError>& update) {

@@ -10,10 +10,9 @@ namespace pedvar::ElevationCalculator {
 
 namespace {
 
-constexpr double smallestDeadBand = 3;    // metres; receivers waver that much at rest
-constexpr double worstAccuracy = 30;      // metres
-constexpr double farthestAltitude = 1e9;  // metres; beyond the Moon, and sums of less never overflow
-constexpr std::size_t windowReach = 2;    // altitudes on each side of the window's middle
+constexpr double smallestDeadBand = 3;  // metres; receivers waver that much at rest
+constexpr double worstAccuracy = 30;    // metres
+constexpr std::size_t windowReach = 2;  // altitudes on each side of the window's middle
 
 bool isUsable(double altitude, double verticalAccuracy) {
     return verticalAccuracy >= 0 && verticalAccuracy <= worstAccuracy && std::abs(altitude) <= farthestAltitude;

@@ -22,6 +22,8 @@ struct ElevationChange {
 /// metres are left out, as is what is no altitude (not finite, or beyond the Moon).
 namespace ElevationCalculator {
 
+inline constexpr double farthestAltitude = 1e9;  // metres; beyond the Moon, and sums of less never overflow
+
 /// For altitudes as they come.
 struct StreamingTracker {
     double gain = 0;                  // metres

@@ -22,7 +22,7 @@ bool isUsable(const CLLocation& location, Date now) {
 
 std::optional<double> altitudeOf(const CLLocation& location) {
     const bool isKnown = location.verticalAccuracy >= 0 && std::isfinite(location.verticalAccuracy) &&
-                         std::isfinite(location.altitude);
+                         std::abs(location.altitude) <= ElevationCalculator::farthestAltitude;
     return isKnown ? std::optional(location.altitude) : std::nullopt;
 }
 

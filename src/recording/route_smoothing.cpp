@@ -7,16 +7,17 @@ namespace pedvar {
 namespace {
 
 constexpr double smoothingFactor = 0.7;  // the share of the new place
+constexpr double lastShare = 0.3;        // that of the place before
 constexpr double wholeTurn = 360;        // degrees
 
 double blend(double last, double raw) {
-    return (1 - smoothingFactor) * last + smoothingFactor * raw;
+    return lastShare * last + smoothingFactor * raw;
 }
 
 }  // namespace
 
 Coordinate RouteSmoothing::smooth(Coordinate raw) {
-    if (!last_) last_ = raw;
+    if (!last_) return *(last_ = raw);
     // Beyond the antimeridian the place before is at -180 and not at 180 degrees, or the other way round.
     const double turn =
         std::abs(raw.longitude - last_->longitude) > wholeTurn / 2 ? std::copysign(wholeTurn, raw.longitude) : 0;

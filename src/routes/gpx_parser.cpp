@@ -126,8 +126,7 @@ void GPXXMLParser::endElement(std::string_view name) {
         case Element::other:
             if (auto* const reading = readingNamed(name)) {
                 --openTextElements_;
-                const auto number = parseGPXNumber(trimmed(currentText_));
-                if (number && *number >= 0) *reading = number;
+                *reading = parseGPXNumber(trimmed(currentText_));
             }
             break;
     }

@@ -158,7 +158,7 @@ TEST_CASE_FIXTURE(BadInput, "routes that are none fail, say what they look like,
         refusedFile("empty.gpx", "noTrackPoints", "contains no track points");
     }
     refused({"route", "data"}, 1, "unreadable", "\"data\" is not a file");
-    refused({"import", "timeless.gpx", "--as", "walk"}, 1, "noTimes", "no usable times");
+    refused({"import", "timeless.gpx", "--as", "walk"}, 1, "noTimes", "points have a usable time");
     refused({"import", "timeless.gpx"}, 2, "usage", "add --as walk, run, hike or cycle");
     refused({"import", "timeless.gpx", "--as", "swim"}, 2, "usage", "walk, run, hike, cycle");
     CHECK(everything() == before);

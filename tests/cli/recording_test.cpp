@@ -62,6 +62,11 @@ TEST_CASE_FIXTURE(Recording,
     CHECK(again.errors == "pedvar: This recording is in the history already.\n");
     CHECK(activities() == 1);
     CHECK(!std::filesystem::exists(folder / "data" / "replay"));
+
+    run({"activity", "last", "--delete", "--yes"});
+    run({"import", "walk.gpx", "--as", "walk"});
+    CHECK(run({"record", "hike", "--replay", "walk.gpx", "--save"}).errors == again.errors);
+    CHECK(activities() == 1);
 }
 
 TEST_CASE_FIXTURE(Recording, "a replay that was killed goes on where its last checkpoint is") {
@@ -121,7 +126,7 @@ TEST_CASE_FIXTURE(Recording, "what makes no sense is refused with what would") {
         {{"record", "walk", "--save"}, 2, "--save needs --replay"},
         {{"record", "walk", "--replay", "walk.gpx", "--speed", "2"}, 2, "valid: 1, 10, max"},
         {{"record", "walk", "--replay", "none.gpx"}, 1, "\"none.gpx\""},
-        {{"record", "walk", "--replay", "timeless.gpx"}, 1, "have no usable times"},
+        {{"record", "walk", "--replay", "timeless.gpx"}, 1, "points have a usable time"},
         {{"record", "walk", "--finish"}, 2, "--finish needs no kind of activity."},
         {{"record", "--finish", "--gpsd", "host"}, 2, "--finish and --gpsd do not go together"},
     };

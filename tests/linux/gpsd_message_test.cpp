@@ -38,6 +38,7 @@ TEST_CASE("accuracies come from the best that the receiver tells") {
         {R"("mode":2,"altMSL":5,"epv":20)", "", 40, -1},
         {R"("mode":2,"eph":10)", "", 6.2, -1},
         {R"("mode":3,"eph":-1,"epx":"3","epy":4)", R"({"class":"SKY","hdop":-2})", 20, -1},
+        {R"("mode":3,"altMSL":5)", R"({"class":"SKY","device":"/dev/another","hdop":1.2})", 20, 20},
     };
     for (const Case& each : cases) {
         CAPTURE(each.fields);

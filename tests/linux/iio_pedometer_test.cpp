@@ -29,9 +29,9 @@ public:
     void boot(const std::string& identity) { writeFile(root / "boot_id", identity + "\n"); }
     void count(std::int64_t steps) { writeFile(device / "in_steps_input", std::to_string(steps) + "\n"); }
 
-    void record(Date start = Date{}) {
+    void record(Date start = Date{}, std::int64_t known = 0) {
         pedometer.emplace(time, time, defaults, KernelFiles{root / "devices", root / "boot_id"});
-        pedometer->startUpdates(start, [this](const auto& update) {
+        pedometer->startUpdates(start, known, [this](const auto& update) {
             if (update) {
                 told.push_back(update->numberOfSteps);
             } else {
@@ -105,6 +105,13 @@ TEST_CASE_FIXTURE(Walk, "after a reboot the new counter's steps are added to tho
         count(2'000);
         record();
         CHECK(told.back() == 2'100);
+    }
+    SUBCASE("and the recording knows of more than was saved") {
+        count(20);
+        record({}, 103);
+        CHECK(told == std::vector<std::int64_t>{100, 103, 123});
+        count(25);
+        CHECK(after(1s) == 128);
     }
     SUBCASE("as another device") {
         fs::rename(device, device.parent_path() / "iio:device0");

@@ -68,7 +68,8 @@ TEST_CASE_FIXTURE(Recording, "distance is that of the fixes, the route is smooth
 
 TEST_CASE("smoothing does not lead round the Earth") {
     RouteSmoothing smoothing;
-    smoothing.smooth({10, 179.999});
+    const Coordinate first{52.763775, 179.999};
+    CHECK(smoothing.smooth(first) == first);
     CHECK(smoothing.smooth({10, -179.999}).longitude == Approx(-179.9996).epsilon(1e-9));
     CHECK(smoothing.smooth({10, 179.9999}).longitude == Approx(-179.99995).epsilon(1e-9));
     CHECK(smoothing.smooth({10, 179.9999}).longitude == Approx(179.999945).epsilon(1e-9));
@@ -158,8 +159,12 @@ TEST_CASE_FIXTURE(Recording, "altitudes that leap are replaced, and missing ones
     // What a receiver should not say takes nothing else with it.
     walk.next = {.altitude = std::nan(""), .horizontalAccuracy = 4, .verticalAccuracy = 3, .speed = std::nan("")};
     walk.lasting(1s);
-    CHECK(altitudes().size() == 6);
     CHECK(!route().back().speed);
+    walk.next = {.altitude = 1e308, .horizontalAccuracy = 4, .verticalAccuracy = 3};
+    walk.lasting(1s);
+    CHECK(altitudes().size() == 7);
+    CHECK(altitudes().back() == 155);
+    CHECK(lines("⚠️").size() == 1);
 }
 
 TEST_CASE_FIXTURE(Recording, "three slow segments pause, the next fast one resumes and counts") {

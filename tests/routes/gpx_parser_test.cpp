@@ -69,6 +69,7 @@ TEST_CASE("readings in a point's extensions count only when they are asked for")
         <trkpt lat="1" lon="2"><ele>3</ele><extensions><x:accuracy_horizontal>12</x:accuracy_horizontal>
             <x:speed>-1</x:speed><x:course>north</x:course></extensions></trkpt>
         <trkpt lat="1" lon="2"><extensions><vAcc>4</vAcc></extensions></trkpt>
+        <trkpt lat="1" lon="2"><ele>3</ele><extensions><hAcc>-1</hAcc><vAcc>-1</vAcc></extensions></trkpt>
         </trkseg></trk></gpx>)";
     const auto read = [&](GPXReadings readings) {
         return GPXXMLParser(sourceOf(text), momentOfReading, 0, readings)
@@ -85,6 +86,8 @@ TEST_CASE("readings in a point's extensions count only when they are asked for")
     CHECK(read(GPXReadings::assumed).front() == place);
     const auto recorded = read(GPXReadings::recorded);
     CHECK(recorded[2].verticalAccuracy == -1);
+    CHECK(recorded[3].horizontalAccuracy == -1);  // so the receiver called them invalid
+    CHECK(recorded[3].verticalAccuracy == -1);
     place.horizontalAccuracy = 12;
     CHECK(recorded[1] == place);
     place.horizontalAccuracy = 8.25;

@@ -57,7 +57,7 @@ public:
 
     bool isStepCountingAvailable() const override { return isAvailable; }
     CMAuthorizationStatus authorizationStatus() const override { return status; }
-    void startUpdates(Date from, CMPedometerHandler handler) override {
+    void startUpdates(Date from, std::int64_t, CMPedometerHandler handler) override {
         start = from;
         handler_ = std::move(handler);
     }

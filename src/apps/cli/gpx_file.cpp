@@ -58,6 +58,17 @@ CommandError withoutPoints(const std::string& path) {
     return errorOf(failure, path);
 }
 
+CommandError withoutTimes(const std::string& path, const Texts& text) {
+    return {ErrorKind::noTimes,
+            text("\"{}\": Too few points have a usable time, so nobody was there at known moments.", path)};
+}
+
+std::string leftOut(std::size_t pointsWithoutTime, const Screen& screen) {
+    const auto count = static_cast<std::int64_t>(pointsWithoutTime);
+    return screen.text.plural("Left out: {} point without a time", "Left out: {} points without a time", count,
+                              screen.figures.number(count));
+}
+
 CommandResult<GPXDocument> readGPXFile(const std::string& path, Date now, GPXReadings readings) {
     const auto file = openFile(path);
     if (!file) {

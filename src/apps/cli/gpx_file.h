@@ -2,6 +2,7 @@
 #pragma once
 
 #include "apps/cli/error.h"
+#include "apps/cli/screen.h"
 #include "routes/gpx_parser.h"
 
 #include <string>
@@ -18,5 +19,9 @@ CommandResult<GPXDocument> readGPXFile(const std::string& path, Date now,
 
 /// Why a file without points is no route.
 CommandError withoutPoints(const std::string& path);
+/// Why a file with points is nobody's recording.
+CommandError withoutTimes(const std::string& path, const Texts& text);
+/// "Left out: 2 points without a time".
+std::string leftOut(std::size_t pointsWithoutTime, const Screen& screen);
 
 }  // namespace pedvar

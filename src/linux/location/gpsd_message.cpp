@@ -68,13 +68,13 @@ GpsdMessage GpsdInterpreter::interpret(std::string_view line) {
     const std::string kind = textOf(*message, "class").value_or("");
     if (kind == "TPV") {
         GpsdReport report = reportIn(*message);
-        report.horizontalDilution = horizontalDilution_;
-        report.verticalDilution = verticalDilution_;
+        const Dilution& dilution = dilutions_[report.receiver];
+        report.horizontalDilution = dilution.horizontal;
+        report.verticalDilution = dilution.vertical;
         return report;
     }
     if (kind == "SKY") {
-        horizontalDilution_ = sizeOf(*message, "hdop");
-        verticalDilution_ = sizeOf(*message, "vdop");
+        dilutions_[textOf(*message, "device").value_or("")] = {sizeOf(*message, "hdop"), sizeOf(*message, "vdop")};
     } else if (kind == "DEVICES") {
         receivers_.clear();
         const JsonValue* const list = message->member("devices");

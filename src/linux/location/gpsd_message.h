@@ -5,6 +5,7 @@
 #include "platform/phrase.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -36,8 +37,12 @@ public:
     GpsdMessage interpret(std::string_view line);
 
 private:
-    std::set<std::string> receivers_;  // by their paths
-    std::optional<double> horizontalDilution_, verticalDilution_;
+    struct Dilution {
+        std::optional<double> horizontal, vertical;
+    };
+
+    std::set<std::string> receivers_;            // by their paths
+    std::map<std::string, Dilution> dilutions_;  // by the paths of the receivers
 };
 
 }  // namespace pedvar

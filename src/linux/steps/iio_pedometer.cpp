@@ -2,6 +2,7 @@
 
 #include "core/record_reader.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace pedvar {
@@ -20,8 +21,9 @@ IIOPedometer::~IIOPedometer() {
     detach();
 }
 
-void IIOPedometer::startUpdates(Date start, CMPedometerHandler handler) {
+void IIOPedometer::startUpdates(Date start, std::int64_t known, CMPedometerHandler handler) {
     handler_ = std::move(handler);
+    known_ = known;
     told_ = 0;
     hasFailed_ = false;
     state_ = {.startDate = start};
@@ -64,9 +66,10 @@ void IIOPedometer::poll() {
     }
 }
 
-/// The first reading is the base, which is kept at once.
+/// The first reading is the base, which is kept at once. A counter that began anew has lost what was not kept.
 void IIOPedometer::advanceTo(const StepReading& reading) {
     const bool isBase = !last_;
+    if (isBase || last_->epoch != reading.epoch) state_.steps = std::max(state_.steps, known_);
     if (!isBase) state_.steps += stepsBetween(*last_, reading);
     last_ = reading;
     state_.epoch = reading.epoch;

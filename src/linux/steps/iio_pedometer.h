@@ -31,7 +31,8 @@ static_assert(isComplete<StepCountState>);
 /// Reads the counter once a second.
 ///
 /// The count goes on when it is asked for again from the same start: after a kill nothing is missing, after a loss
-/// of power the steps of at most `savingInterval` before it, and those that the kernel did not count.
+/// of power the steps of at most `savingInterval` before it that the caller does not know either, and those that
+/// the kernel did not count.
 class IIOPedometer : public CMPedometer {
 public:
     static constexpr Seconds savingInterval{30};
@@ -45,7 +46,7 @@ public:
     /// The device's folder, for messages.
     const std::optional<std::filesystem::path>& device() const { return counter_.device(); }
 
-    void startUpdates(Date start, CMPedometerHandler handler) override;
+    void startUpdates(Date start, std::int64_t known, CMPedometerHandler handler) override;
     void detach() override;
     void stopUpdates() override;
 
@@ -61,6 +62,7 @@ private:
     CMPedometerHandler handler_;
     StepCountState state_;
     std::optional<StepReading> last_;  // none before the first since the start
+    std::int64_t known_ = 0;           // the steps that the caller knew at the start
     std::int64_t told_ = 0;            // the steps that the handler knows
     bool hasFailed_ = false;           // which is told once
     StepCountState saved_;

@@ -37,7 +37,7 @@ class NoPedometer : public CMPedometer {
 public:
     bool isStepCountingAvailable() const override { return false; }
     CMAuthorizationStatus authorizationStatus() const override { return CMAuthorizationStatus::notDetermined; }
-    void startUpdates(Date, CMPedometerHandler) override {}
+    void startUpdates(Date, std::int64_t, CMPedometerHandler) override {}
     void detach() override {}
     void stopUpdates() override {}
 };

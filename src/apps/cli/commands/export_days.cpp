@@ -14,11 +14,11 @@ struct Column {
     HKQuantityType type;
 };
 const std::array<Column, 5> tableColumns{{
-    {"steps", ActivityMetric::steps, HKQuantityTypeIdentifierStepCount},
-    {"distanceMeters", ActivityMetric::distance, HKQuantityTypeIdentifierDistanceWalkingRunning},
-    {"activeCalories", ActivityMetric::calories, HKQuantityTypeIdentifierActiveEnergyBurned},
-    {"activeMinutes", ActivityMetric::activeMinutes, HKQuantityTypeIdentifierAppleExerciseTime},
-    {"flightsClimbed", ActivityMetric::flights, HKQuantityTypeIdentifierFlightsClimbed},
+    {"steps", ActivityMetric::steps, {HKQuantityTypeIdentifierStepCount}},
+    {"distanceMeters", ActivityMetric::distance, {HKQuantityTypeIdentifierDistanceWalkingRunning}},
+    {"activeCalories", ActivityMetric::calories, {HKQuantityTypeIdentifierActiveEnergyBurned}},
+    {"activeMinutes", ActivityMetric::activeMinutes, {HKQuantityTypeIdentifierAppleExerciseTime}},
+    {"flightsClimbed", ActivityMetric::flights, {HKQuantityTypeIdentifierFlightsClimbed}},
 }};
 
 /// The first day with samples, or `today`.

@@ -18,12 +18,7 @@ CommandResult<ImportedActivity> readActivity(const std::string& path, ActivityTy
     if (document->segments.empty()) return std::unexpected(withoutPoints(path));
     SystemRandom random;
     auto imported = importedActivity(*document, type, random);
-    if (!imported) {
-        return std::unexpected(CommandError{
-            ErrorKind::noTimes,
-            application.text()("\"{}\": The points have no usable times, so nobody was there at a known moment.",
-                               path)});
-    }
+    if (!imported) return std::unexpected(withoutTimes(path, application.text()));
     return std::move(*imported);
 }
 
@@ -89,12 +84,7 @@ std::string importedView(const std::vector<ImportedGPX>& imported, const Screen&
         result += (gpx.isNew ? screen.text("Added: {0}, {1} ({2})", title, distance, id)
                              : screen.text("Already there: {0}, {1} ({2})", title, distance, id)) +
                   "\n";
-        if (gpx.pointsWithoutTime > 0) {
-            const auto count = static_cast<std::int64_t>(gpx.pointsWithoutTime);
-            result += screen.text.plural("Left out: {} point without a time", "Left out: {} points without a time",
-                                         count, screen.figures.number(count)) +
-                      "\n";
-        }
+        if (gpx.pointsWithoutTime > 0) result += leftOut(gpx.pointsWithoutTime, screen) + "\n";
     }
     return result;
 }

@@ -49,10 +49,10 @@ private:
 
 /// A recording to be played back.
 struct Recorded {
-    UUID identity;                // of where and when it was
+    ActivitySession imported;     // what an import of the file makes of it; it is the same for the same file
     std::list<CLLocation> fixes;  // by time, those of one moment as in the file; never empty
 
-    UUID session(ActivityType type) const { return ReplayRandom(identity, type, 0).uuid(); }
+    UUID session(ActivityType type) const { return ReplayRandom(imported.id, type, 0).uuid(); }
     Date start() const { return fixes.front().timestamp; }
 };
 
@@ -62,23 +62,27 @@ CommandResult<Recorded> readRecording(const std::string& path, ActivityType type
     if (!document) return std::unexpected(document.error());
     if (document->segments.empty()) return std::unexpected(withoutPoints(path));
     SystemRandom random;
-    const auto activity = importedActivity(*document, type, random);
-    if (!activity) {
+    auto activity = importedActivity(*document, type, random);
+    if (!activity) return std::unexpected(withoutTimes(path, text));
+    if (activity->pointsWithoutTime > 0) tell(leftOut(activity->pointsWithoutTime, application.screen()));
+    const Date start = activity->session.startTime;
+    const Date end = *activity->session.endTime;
+    if (end - start > longestRecording) {
+        const auto day = [&](Date moment) {
+            return application.screen().figures.longDate(application.calendar().day(moment));
+        };
         return std::unexpected(CommandError{
             ErrorKind::noTimes,
-            text("\"{}\": The points have no usable times, so nobody was there at a known moment.", path)});
+            text(
+                "\"{0}\": The times go from {1} to {2}, more than a month, which is no recording. Take the points "
+                "with wrong times out of the file.",
+                path, day(start), day(end))});
     }
-    if (*activity->session.endTime - activity->session.startTime > longestRecording) {
-        return std::unexpected(
-            CommandError{ErrorKind::noTimes,
-                         text("\"{}\": The times are more than a month apart, which is no recording.", path)});
-    }
-    Recorded recorded{.identity = activity->session.id, .fixes = {}};
+    Recorded recorded{.imported = std::move(activity->session), .fixes = {}};
     for (const GPXSegment& segment : document->segments) {
         for (std::size_t i = 0; i < segment.points.size(); ++i) {
             const CLLocation& fix = segment.points[i];
-            const bool isTimed = segment.hasTime[i] && activity->session.startTime <= fix.timestamp &&
-                                 fix.timestamp <= *activity->session.endTime;
+            const bool isTimed = segment.hasTime[i] && start <= fix.timestamp && fix.timestamp <= end;
             if (isTimed) recorded.fixes.push_back(fix);
         }
     }
@@ -139,7 +143,7 @@ public:
           type_(type),
           begin_(left ? left->checkpointDate : recorded.start()),
           hasPoints_(left && !left->routePoints.isEmpty()),
-          random_(recorded.identity, type, left ? left->routePoints.size() + 1 : 0),
+          random_(recorded.imported.id, type, left ? left->routePoints.size() + 1 : 0),
           time_(begin_, speed),
           recorder_({time_, time_, application.zone(), random_, receiver_, pedometer_, stores.documents,
                      stores.history, application.settings(), log_, folder / "health.sqlite"}),
@@ -231,6 +235,14 @@ CommandResult<void> save(const ActivitySession& session, Application& applicatio
     return {};
 }
 
+/// The session that the history has of what was recorded: an earlier replay of it, or an import of the same walk.
+std::optional<ActivitySession> earlierSession(const Recorded& recorded, ActivityType type,
+                                              const SessionHistory& history) {
+    if (auto replayed = history.wholeSession(recorded.session(type))) return replayed;
+    const auto same = sameActivity(recorded.imported, history);
+    return same ? history.wholeSession(*same) : std::nullopt;
+}
+
 JsonArray textsOf(const std::vector<std::string>& texts) {
     JsonArray result;
     for (const std::string& text : texts) result.push_back({text});
@@ -259,9 +271,12 @@ CommandResult<Report> replay(const RecordRequest& request, ActivityType type, Ap
     const bool isSaved = request.save == RecordRequest::Save::yes;
     std::error_code ignored;
 
-    if (const auto there = application.sessions().wholeSession(recorded->session(type)); isSaved && there) {
+    if (const auto there = isSaved ? earlierSession(*recorded, type, application.sessions()) : std::nullopt) {
         tell(application.text()("This recording is in the history already."));
-        if (const auto saved = save(*there, application); !saved) return std::unexpected(saved.error());
+        if (there->id == recorded->session(type)) {
+            // It may have been cut off before its workout was written.
+            if (const auto saved = save(*there, application); !saved) return std::unexpected(saved.error());
+        }
         std::filesystem::remove_all(folder, ignored);
         return report(*there, {}, application);
     }
