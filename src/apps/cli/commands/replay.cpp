@@ -138,8 +138,7 @@ public:
     Player(const Recorded& recorded, ActivityType type, std::optional<double> speed,
            const std::optional<InProgressState>& left, ReplayStores& stores, const std::filesystem::path& folder,
            Application& application)
-        : application_(application),
-          fixes_(recorded.fixes),
+        : fixes_(recorded.fixes),
           type_(type),
           begin_(left ? left->checkpointDate : recorded.start()),
           hasPoints_(left && !left->routePoints.isEmpty()),
@@ -185,7 +184,6 @@ private:
         time_.passTo(time_.now(), ReplayTime::AtEnd::run);
     }
 
-    Application& application_;
     const std::list<CLLocation>& fixes_;
     ActivityType type_;
     Date begin_;
