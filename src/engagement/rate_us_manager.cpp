@@ -102,7 +102,7 @@ DefaultsChange RateUsManager::change(std::string_view key, DefaultsValue value) 
     return {&defaults_.standard(), std::string(key), std::move(value)};
 }
 
-void RateUsManager::store(std::vector<DefaultsChange> changes) {
+void RateUsManager::store(const std::vector<DefaultsChange>& changes) {
     const auto result = defaults_.write(changes);
     if (!result) log_.log(logSubsystem, "RateUs", LogLevel::error, result.error().message.inEnglish());
 }

@@ -49,7 +49,7 @@ private:
     void schedulePopup();
     void endPopup();
     bool flag(std::string_view key) const;
-    void store(std::vector<DefaultsChange> changes);
+    void store(const std::vector<DefaultsChange>& changes);
     DefaultsChange change(std::string_view key, DefaultsValue value) const;
 
     MainExecutor& executor_;

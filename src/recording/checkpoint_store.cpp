@@ -49,7 +49,7 @@ DefaultsResult CheckpointStore::clear() {
 }
 
 std::expected<std::optional<InProgressState>, DefaultsError> CheckpointStore::restore(Date now) {
-    const auto state = read();
+    auto state = read();
     DefaultsResult ended;
     if (!state || !state->session.isActive || history_.contains(state->session.id)) {
         ended = clear();

@@ -123,7 +123,7 @@ struct Terminal {
     Terminal() {
         check(grantpt(person) == 0 && unlockpt(person) == 0, "there are no terminals");
         const int program = open(ptsname(person), O_RDWR | O_NOCTTY);
-        check(dup2(program, STDIN_FILENO) == STDIN_FILENO, "the terminal cannot be used");
+        check(program >= 0 && dup2(program, STDIN_FILENO) == STDIN_FILENO, "the terminal cannot be used");
         close(program);
     }
     ~Terminal() {

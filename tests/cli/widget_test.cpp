@@ -51,7 +51,9 @@ public:
 
     JsonValue next() {
         std::string line;
-        for (int character = 0; (character = std::fgetc(lines_)) != EOF && character != '\n';) {
+        while (!std::feof(lines_) && !std::ferror(lines_)) {
+            const int character = std::fgetc(lines_);
+            if (character == EOF || character == '\n') break;
             line += static_cast<char>(character);
         }
         return NlohmannJsonParser().parse(line).value_or(JsonValue());

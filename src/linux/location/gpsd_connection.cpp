@@ -1,6 +1,7 @@
 #include "linux/location/gpsd_connection.h"
 
-#include <dlfcn.h>
+#include "linux/system/shared_library.h"
+
 #include <gps.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -24,24 +25,11 @@ constexpr std::size_t longestLine = 65'536;  // bytes; gpsd's own limit is 10 Ki
 /// It connects, and asks gpsd to tell. What gpsd tells is read here: a line with a value of the wrong type sends
 /// the reader of version 3.22 around for ever.
 struct Library {
-    decltype(&::gps_open) open = nullptr;
-    decltype(&::gps_close) close = nullptr;
-    decltype(&::gps_stream) stream = nullptr;
-    decltype(&::gps_errstr) errstr = nullptr;
-    bool isComplete = false;
-
-    Library() {
-        void* const library = dlopen(PEDVAR_LIBGPS, RTLD_NOW | RTLD_LOCAL);
-        isComplete = library && find(library, open, "gps_open") && find(library, close, "gps_close") &&
-                     find(library, stream, "gps_stream") && find(library, errstr, "gps_errstr");
-    }
-
-private:
-    template <class Function>
-    static bool find(void* library, Function& function, const char* name) {
-        function = reinterpret_cast<Function>(dlsym(library, name));
-        return function != nullptr;
-    }
+    SharedLibrary library{PEDVAR_LIBGPS, "libgps28"};
+    decltype(&::gps_open) open = library.function("gps_open");
+    decltype(&::gps_close) close = library.function("gps_close");
+    decltype(&::gps_stream) stream = library.function("gps_stream");
+    decltype(&::gps_errstr) errstr = library.function("gps_errstr");
 };
 
 const Library& libgps() {
@@ -92,7 +80,7 @@ struct GpsdConnection::State {
 };
 
 std::expected<GpsdConnection, Phrase> GpsdConnection::open(const GpsdAddress& address) {
-    if (!libgps().isComplete)
+    if (libgps().library.problem())
         return std::unexpected(Phrase("the library {} is missing", {std::string(PEDVAR_LIBGPS)}));
     auto state = std::make_unique<State>();
     // The library leaves a code of its own in the place of the system's.

@@ -123,7 +123,7 @@ GpsdLocationManager::GpsdLocationManager(MainExecutor& executor, const Clock& cl
     : executor_(executor), clock_(clock), address_(std::move(address)), factors_(factors), patience_(patience) {}
 
 GpsdLocationManager::~GpsdLocationManager() {
-    stopUpdatingLocation();
+    GpsdLocationManager::stopUpdatingLocation();
 }
 
 void GpsdLocationManager::startUpdatingLocation() {

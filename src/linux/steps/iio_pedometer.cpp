@@ -18,7 +18,7 @@ IIOPedometer::IIOPedometer(MainExecutor& executor, const Clock& clock, DefaultsD
     : executor_(executor), clock_(clock), defaults_(defaults), counter_(files) {}
 
 IIOPedometer::~IIOPedometer() {
-    detach();
+    IIOPedometer::detach();
 }
 
 void IIOPedometer::startUpdates(Date start, std::int64_t known, CMPedometerHandler handler) {

@@ -204,7 +204,7 @@ CommandResult<Replayed> played(const Recorded& recorded, ActivityType type, std:
     const UUID session = recorded.session(type);
     // A replay may have been cut off when it was finished, but not yet saved.
     if (auto finished = stores.history.wholeSession(session)) {
-        return Replayed{.ending = Ending::stopped, .session = std::move(*finished), .logs = {}};
+        return Replayed{.ending = Ending::stopped, .session = std::move(finished), .logs = {}};
     }
     const auto left = leftReplay(stores, session);
     if (!left) return std::unexpected(left.error());
