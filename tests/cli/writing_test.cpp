@@ -89,6 +89,9 @@ TEST_CASE_FIXTURE(Writing, "importing again adds nothing, exactly the goal is me
 TEST_CASE_FIXTURE(Writing, "weight, height and profile are kept, in the units that were typed") {
     CHECK(run({"weight", "160", "lb", "--json"}).output.starts_with("{\"current\":72.57477"));
     CHECK(run({"weight", "72.5"}).output.starts_with("Weight   72.5 kg\n"));
+    CHECK(run({"weight", "72,25", "--json"}).output.starts_with("{\"current\":72.25,"));
+    CHECK(run({"water", "250,6 ml"}).output.starts_with("Added: 251 ml of Water."));
+    CHECK(run({"settings", "gpsHorizontalFactor", "0,125", "--json"}).output.ends_with(":0.125}\n"));
     CHECK(run({"height", "70", "in", "--json"}).output.starts_with("{\"current\":177.8,\"unit\":\"cm\","));
     run({"profile", "age", "70"});
     run({"profile", "gender", "other"});
