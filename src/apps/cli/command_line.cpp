@@ -293,11 +293,11 @@ Phrase withoutValue(std::string_view flag) {
 /// The library words its errors in English only; those that our grammar can meet are worded here.
 Phrase wordingOf(const CLI::ParseError& error) {
     const std::string said = error.what();
-    if (const auto parts = around(": At Most ", said)) {
-        return Phrase("{} is given more than once; `pedvar --help` tells more.", {parts->first});
-    }
     if (const auto parts = around("Could not convert: ", said)) {
         return withoutValue(parts->second.substr(0, parts->second.find(" = ")));
+    }
+    if (const auto parts = around(": At Most ", said)) {
+        return Phrase("{} is given more than once; `pedvar --help` tells more.", {parts->first});
     }
     if (const auto parts = around(" was given a disallowed flag override", said)) {
         return withoutValue("--" + std::string(parts->first));
