@@ -91,7 +91,8 @@ Task<AppUpdateManager::Outcome> AppUpdateManager::check(Occasion occasion) {
         isCheckingForUpdate = false;
         const bool isLaunch = occasion == Occasion::launch;
         if (found.error().kind == UpdateCheckFailure::Kind::failed) {
-            log_.log(logSubsystem, "AppUpdate", LogLevel::error,
+            // Whoever checks by hand is told of it beside the log.
+            log_.log(logSubsystem, "AppUpdate", isLaunch ? LogLevel::error : LogLevel::standard,
                      (isLaunch ? "Launch update check failed: " : "Manual update check failed: ") +
                          found.error().message.inEnglish());
         }
@@ -122,7 +123,7 @@ Task<std::expected<std::optional<PublishedVersion>, UpdateCheckFailure>> AppUpda
         co_return failure(Phrase("The server answers with status {}.", {std::to_string(response->statusCode)}));
     }
     const auto document = json_.parse(response->body);
-    if (!document) co_return failure(Phrase("The answer is no JSON: {}", {document.error()}));
+    if (!document) co_return failure(Phrase("The answer is no JSON."));
     co_return firstResult(*document);
 }
 

@@ -69,13 +69,13 @@ TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right,
     refused({"settings", "theme", "purple"}, 2, "usage", "light, dark, system");
     refused({"settings", "colorOutput", "sometimes"}, 2, "usage", "automatic, always, never");
     refused({"settings", "hapticFeedbackEnabled", "yes"}, 2, "usage", "true, false");
-    for (const char* share : {"1.01", "-0.1", "nan", "0x1", "", "0,5"}) {
+    for (const char* share : {"1.01", "-0.1", "nan", "0x1", "", "0,5,5", "0,", "1,000"}) {
         refused({"settings", "customStepColorRed", share}, 2, "usage", "from 0 to 1");
     }
     for (const char* goal : {"0", "-5", "1000001", "8k", "1e4", "99999999999999999999"}) {
         refused({"goal", goal}, 2, "usage", "from 1 to 1,000,000");
     }
-    for (const char* amount : {"0", "5001", "0.5", "nan", "", "ml", "170floz"}) {
+    for (const char* amount : {"0", "5001", "0.5", "nan", "", "ml", "170floz", "1,000", "1,000.5"}) {
         refused({"water", amount}, 2, "usage", "no amount to drink");
     }
     refused({"water", "-250"}, 2, "usage", "-250");
@@ -105,6 +105,7 @@ TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right,
     refused({"calendar", "steps", "flights"}, 2, "usage", "one too many");
     refused({"recap", "2024-13"}, 2, "usage", "2024-05");
     refused({"recap", "9999-12"}, 2, "usage", "in the future");
+    refused({"weight", "70,500"}, 2, "usage", "no number like 72.5; valid: one above 0");
     for (const char* weight : {"0", "-3", "1001", "nan", "heavy"}) {
         refused({"weight", weight}, 2, "usage", "above 0, up to 1,000 kg");
         refused({"profile", "targetWeight", weight}, 2, "usage", "above 0, up to 1000");

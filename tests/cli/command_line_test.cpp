@@ -1,8 +1,14 @@
 #include "apps/cli/command_line.h"
+#include "core/reflection.h"
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pedvar {
@@ -66,9 +72,39 @@ TEST_CASE("help is of the command that it is asked of") {
     const auto all = parse({"--help"});
     const auto one = parse({"day", "--help"});
     REQUIRE((all.has_value() && one.has_value()));
-    CHECK(std::get<Information>(all->wish).text.contains("streaks"));
-    CHECK(std::get<Information>(one->wish).text.contains("YYYY-MM-DD"));
-    CHECK(!std::get<Information>(one->wish).text.contains("streaks"));
+    CHECK(std::get<Information>(all->wish).screen.contains("streaks"));
+    CHECK(std::get<Information>(one->wish).screen.contains("YYYY-MM-DD"));
+    CHECK(!std::get<Information>(one->wish).screen.contains("streaks"));
+    const auto calendar = parse({"calendar", "--help"});
+    CHECK(std::get<Information>(calendar->wish)
+              .screen.contains("Usage: pedvar calendar [OPTIONS] [MONTH] [METRIC]\n"));
+}
+
+TEST_CASE("what an option refuses is told by its name, in whole sentences of our own") {
+    const auto told = [](const std::vector<const char*>& arguments) {
+        const auto line = parse(arguments);
+        REQUIRE(!line.has_value());
+        const std::string english = line.error().message.inEnglish();
+        return english.substr(0, english.find(';'));
+    };
+    CHECK(told({"rank", "--age", "3", "--age", "4"}) == "--age is given more than once");
+    CHECK(told({"--data", "a", "--data=", "today"}) == "--data is given more than once");
+    CHECK(told({"widget", "--follow=maybe"}) == "--follow takes no value");
+    CHECK(told({"--json=false", "today"}) == "--json takes no value");
+    CHECK(told({"calendar", "2024-05", "steps", "more"}) == "\"more\" is not expected");
+    CHECK(told({"sources", "--order"}) == "--order needs a value");
+}
+
+TEST_CASE("the manual page lists every kind of error, and no other") {
+    std::ifstream file(PEDVAR_MANUAL);
+    const std::string page{std::istreambuf_iterator(file), {}};
+    const std::size_t begin = page.find("The kinds are\n") + std::string_view("The kinds are\n").size();
+    std::istringstream list(page.substr(begin, page.find(".Sh", begin) - begin));
+    std::vector<std::string> kinds;
+    for (std::string word; list >> word;) {
+        if (word != ".Cm" && word != "," && word != "." && word != "and") kinds.push_back(word);
+    }
+    CHECK(std::ranges::equal(kinds, caseNames<ErrorKind>));
 }
 
 TEST_CASE("help and version are JSON wherever --json stands") {
@@ -78,6 +114,9 @@ TEST_CASE("help and version are JSON wherever --json stands") {
         REQUIRE(line.has_value());
         CHECK(line->global.format == OutputFormat::json);
     }
+    const auto version = parse({"--version"});
+    CHECK(std::get<Information>(version->wish).value == PEDVAR_VERSION);
+    CHECK(std::get<Information>(version->wish).screen == "pedvar " PEDVAR_VERSION "\n");
 }
 
 TEST_CASE("commands write only where they are told to change something") {

@@ -66,6 +66,11 @@ TEST_CASE_FIXTURE(Languages, "the chosen language goes before that of the system
     CHECK(inData({"settings", "updateAddress", "http://127.0.0.1:1/"}).finish().exitCode == 0);
     CHECK(inData({"update", "--check"}).finish().errors.contains("nicht bekannt: Keine Verbindung zum Server\n"));
     CHECK(inData({"record", "walk", "--gpsd", "localhost:1"}).says("gpsd (keine Verbindung zu diesem Rechner"));
+    CHECK(inData({"sources", "--order", "Uhr"}).finish().errors ==
+          "pedvar: Keine Quelle heißt „Uhr“. Wähl eine von diesen: „Ada’s Watch“, „Ada’s Phone“.\n");
+    CHECK(inData({"containers", "glas", "--rename", "flasche"}).finish().errors ==
+          "pedvar: Ein Gefäß „flasche“ gibt es schon.\n");
+    CHECK(inData({"containers", "glas", "--rename", "Krug"}).finish().output.contains("Krug "));
     REQUIRE(choose("english") == 0);
     CHECK(screen(german, {"streaks"}) == english);
     REQUIRE(choose("japanese") == 0);

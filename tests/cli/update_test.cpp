@@ -4,6 +4,8 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
+
 namespace pedvar {
 namespace {
 
@@ -58,8 +60,12 @@ TEST_CASE_FIXTURE(Updating, "servers that answer badly fail the check and change
         ask(page);
         const Outcome outcome = run({"update", "--check"});
         CHECK(outcome.exitCode == 1);
-        CHECK(outcome.errors.find("The newest version is not known: ") != std::string::npos);
+        CHECK(outcome.errors.starts_with("pedvar: The newest version is not known: "));
+        CHECK(std::ranges::count(outcome.errors, '\n') == 1);
     }
+    ask("nonsense");
+    CHECK(run({"update", "--check"}).errors ==
+          "pedvar: The newest version is not known: The answer is no JSON.\n");
     CHECK(run({"update", "--json"}).output == fields("99.1", true, "Walks further.", true));
     CHECK(run({"settings", "updateAddress", "http://127.0.0.1:1/lookup"}).exitCode == 0);
     const Outcome nobody = run({"update", "--check", "--json"});

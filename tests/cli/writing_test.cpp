@@ -89,6 +89,9 @@ TEST_CASE_FIXTURE(Writing, "importing again adds nothing, exactly the goal is me
 TEST_CASE_FIXTURE(Writing, "weight, height and profile are kept, in the units that were typed") {
     CHECK(run({"weight", "160", "lb", "--json"}).output.starts_with("{\"current\":72.57477"));
     CHECK(run({"weight", "72.5"}).output.starts_with("Weight   72.5 kg\n"));
+    CHECK(run({"weight", "72,25", "--json"}).output.starts_with("{\"current\":72.25,"));
+    CHECK(run({"water", "250,6 ml"}).output.starts_with("Added: 251 ml of Water."));
+    CHECK(run({"settings", "gpsHorizontalFactor", "0,125", "--json"}).output.ends_with(":0.125}\n"));
     CHECK(run({"height", "70", "in", "--json"}).output.starts_with("{\"current\":177.8,\"unit\":\"cm\","));
     run({"profile", "age", "70"});
     run({"profile", "gender", "other"});
@@ -212,7 +215,7 @@ TEST_CASE_FIXTURE(Writing, "an activity is named anew, written over an old file,
 TEST_CASE_FIXTURE(Writing, "a workout of an export is an activity, and the copy of one that is there already") {
     writeFile(folder / "export.xml", R"(<HealthData locale="en_GB">
  <ExportDate value="2024-05-01 18:00:00 +0200"/>
- <Workout workoutActivityType="HKWorkoutActivityTypeWalking" duration="50" durationUnit="min" sourceName="Watch"
+ <Workout workoutActivityType="HKWorkoutActivityTypeWalking" duration="9" durationUnit="min" sourceName="Watch"
   startDate="2024-04-30 06:30:00 +0200" endDate="2024-04-30 07:20:00 +0200"><WorkoutRoute>
   <Location date="2024-04-30 06:31:00 +0200" latitude="52.5" longitude="13.4"/>
   <Location date="2024-04-30 06:41:00 +0200" latitude="52.51" longitude="13.4"/>
@@ -226,7 +229,9 @@ TEST_CASE_FIXTURE(Writing, "a workout of an export is an activity, and the copy 
     };
     const std::string workout = idOf();
     CHECK(run({"activities", "--json"}).output.contains("\"points\":null,\"source\":\"Watch\""));
-    CHECK(run({"activity", workout.substr(0, 6), "--json"}).output.contains("\"points\":2,"));
+    const std::string whole = run({"activity", workout.substr(0, 6), "--json"}).output;
+    CHECK(whole.contains("\"points\":2,"));
+    CHECK(whole.contains("\"movingTime\":540,"));  // the route takes ten minutes, the workout nine
     CHECK(run({"export", workout, "-o", "workout.gpx"}).output == "2 points are in workout.gpx.\n");
     for (const char* change : {"--type=run", "--delete"}) {
         const Outcome refused = runPedvar(folder.path(), {"activity", "last", change, "--data", "data"});
@@ -237,6 +242,12 @@ TEST_CASE_FIXTURE(Writing, "a workout of an export is an activity, and the copy 
     writeFile(folder / "walk.gpx", sampleTrack());
     run({"import", "walk.gpx", "--as", "walk"});
     CHECK(idOf() != workout);
+    CHECK(run({"activity", workout}).output == run({"activity", "last"}).output);
+    const std::string walk = idOf();
+    run({"export", "last", "-o", "cut.gpx", "--hide-home", "200"});
+    run({"import", "cut.gpx", "--as", "hike"});
+    // Of the remaining two the hike still stands for the workout.
+    CHECK(!run({"activity", walk, "--delete", "--yes"}).output.contains("is listed from now on"));
     CHECK(run({"activity", workout}).output == run({"activity", "last"}).output);
     CHECK(run({"activity", "last", "--delete", "--yes"}).output.contains("from Watch is listed from now on"));
     CHECK(idOf() == workout);

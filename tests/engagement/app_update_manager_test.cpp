@@ -100,7 +100,7 @@ TEST_CASE_FIXTURE(Updates, "a check is under way until its answer is there, what
         log.lines.clear();
         CHECK(!byHand(body));
         REQUIRE(log.lines.size() == 1);
-        CHECK(log.lines.front().starts_with("AppUpdate/error: Manual update check failed: "));
+        CHECK(log.lines.front().starts_with("AppUpdate/standard: Manual update check failed: "));
         CHECK(!updates->isCheckingForUpdate);
     }
     CHECK(!byHand(published("3"), 404));

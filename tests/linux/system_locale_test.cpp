@@ -84,6 +84,7 @@ TEST_CASE(
         CHECK(habits(localeOf({{"LANG", notInstalled}})) == habits(localeOf({{"LANG", locale}})));
     }
     CHECK(habits(localeOf({{"LANG", "C.UTF-8"}, {"LANGUAGE", "de"}})) == "2: 10.000,5 metric 24h");
+    CHECK(habits(localeOf({{"LANG", "C.UTF-8"}, {"LANGUAGE", "en_US"}})) == "2: 10,000.5 metric 12h");
     CHECK(habits(localeOf({{"LANG", "C"}, {"LANGUAGE", "de"}})) == "2: 10,000.5 metric 24h");
 }
 

@@ -175,10 +175,9 @@ void describeCommands(Grammar& grammar) {
         });
     grammar.command<CalendarRequest>(
         "calendar", "A month as a page of the calendar", [](CLI::App& command, CalendarRequest& request) {
-            command
-                .add_option("WHAT", request.what,
-                            "YYYY-MM, and steps, distance, calories, activeMinutes or flights")
-                ->expected(0, 2);
+            command.add_option("MONTH", request.first, "YYYY-MM; this month without it");
+            command.add_option("METRIC", request.second,
+                               "steps, distance, calories, activeMinutes or flights; steps without it");
         });
     grammar.command<RecapRequest>("recap", "What a month was", [](CLI::App& command, RecapRequest& request) {
         command.add_option("MONTH", request.month, "YYYY-MM; the month that has ended last without it");
@@ -287,9 +286,22 @@ std::optional<std::pair<std::string_view, std::string_view>> around(std::string_
     return std::pair(sentence.substr(0, place), sentence.substr(place + middle.size()));
 }
 
+Phrase withoutValue(std::string_view flag) {
+    return Phrase("{} takes no value; `pedvar --help` tells more.", {flag});
+}
+
 /// The library words its errors in English only; those that our grammar can meet are worded here.
 Phrase wordingOf(const CLI::ParseError& error) {
     const std::string said = error.what();
+    if (const auto parts = around("Could not convert: ", said)) {
+        return withoutValue(parts->second.substr(0, parts->second.find(" = ")));
+    }
+    if (const auto parts = around(": At Most ", said)) {
+        return Phrase("{} is given more than once; `pedvar --help` tells more.", {parts->first});
+    }
+    if (const auto parts = around(" was given a disallowed flag override", said)) {
+        return withoutValue("--" + std::string(parts->first));
+    }
     if (const auto parts = around(" is required", said)) {
         return Phrase("{} is missing; `pedvar --help` tells more.", {parts->first});
     }
@@ -343,7 +355,8 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
     Request request;
     Grammar grammar{app, request, arguments, asksForHelp(arguments)};
 
-    app.set_version_flag("--version", "pedvar " PEDVAR_VERSION, "Print the version and end");
+    const std::string version = "pedvar " PEDVAR_VERSION;
+    app.set_version_flag("--version", version, "Print the version and end");
     app.set_help_flag("-h,--help", "Print this text and end");
     app.add_option("--data", line.global.dataFolder, "Keep the data in this folder")->type_name("DIR");
     app.add_option("--now", line.global.now, "Look from another moment (2024-05-01T18:30)")->type_name("TIME");
@@ -357,12 +370,13 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
         app.parse(std::move(reversed));
     } catch (const CLI::CallForVersion&) {
-        line.wish = Information{"version", PEDVAR_VERSION};
+        line.wish = Information{"version", PEDVAR_VERSION, version + "\n"};
         return line;
     } catch (const CLI::CallForHelp&) {
         const CLI::App& command = commandGiven(app);
         const std::string name = &command == &app ? "pedvar" : "pedvar " + command.get_name();
-        line.wish = Information{"help", helpText(command, name, Texts(catalogue))};
+        const std::string help = helpText(command, name, Texts(catalogue));
+        line.wish = Information{"help", help, help};
         return line;
     } catch (const CLI::ExtrasError& error) {
         if (app.get_subcommands().empty() && !app.remaining().empty()) {

@@ -107,8 +107,10 @@ struct CompareRequest {
     std::string metric = "steps";
     std::string day = "today";
 };
+/// A month, a metric, or both in either order.
 struct CalendarRequest {
-    std::vector<std::string> what;  // a month, a metric, or both in either order
+    std::optional<std::string> first;
+    std::optional<std::string> second;
 };
 struct RecapRequest {
     std::optional<std::string> month;
@@ -158,7 +160,8 @@ using Request =
 /// Asked for with `--help` or `--version`.
 struct Information {
     std::string key;  // names it in JSON
-    std::string text;
+    std::string value;
+    std::string screen;
 };
 
 struct CommandLine {

@@ -4,6 +4,8 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 
+#include <algorithm>
+#include <set>
 #include <sstream>
 #include <vector>
 
@@ -20,12 +22,7 @@ public:
         label("OPTIONS", text("OPTIONS"));
         label("SUBCOMMAND", text("COMMAND"));
         label("Positionals", text("Positionals"));
-        label("REQUIRED", text("REQUIRED"));
-        label("Needs", text("Needs"));
-        label("Excludes", text("Excludes"));
-        for (const CLI::Option* option : command.get_options()) {
-            label(option->get_type_name(), text.lookUp(option->get_type_name()));
-        }
+        options_ = command.get_options();
     }
 
     std::string make_description(const CLI::App* app) const override {
@@ -50,12 +47,33 @@ public:
         const std::string name = Formatter::make_option_name(option, isPositional);
         return isPositional ? text_.lookUp(name) : name;
     }
+    std::string make_option_opts(const CLI::Option* option) const override {
+        std::string result;
+        if (!option->get_type_name().empty()) {
+            result = " " + text_.lookUp(option->get_type_name());
+            if (option->get_expected_max() == CLI::detail::expected_max_vector_size) result += " ...";
+            if (option->get_required()) result += " " + text_("REQUIRED");
+        }
+        return result + others(text_("Needs"), option->get_needs()) +
+               others(text_("Excludes"), option->get_excludes());
+    }
     std::string make_option_desc(const CLI::Option* option) const override {
         return text_.lookUp(option->get_description());
     }
 
 private:
+    /// Those of `others` in the order in which the help lists them.
+    std::string others(const std::string& heading, const std::set<CLI::Option*>& others) const {
+        std::string result = others.empty() ? "" : " " + heading + ":";
+        for (const CLI::Option* option : options_) {
+            const bool isMeant = std::ranges::find(others, option) != others.end();
+            if (isMeant) result += " " + text_.lookUp(option->get_name());
+        }
+        return result;
+    }
+
     const Texts& text_;
+    std::vector<const CLI::Option*> options_;
 };
 
 }  // namespace

@@ -54,8 +54,8 @@ CommandResult<Report> answer(std::span<const char* const> arguments, const TextC
     auto line = parseCommandLine(arguments, words);
     if (!line) return std::unexpected(line.error());
     if (const auto* information = std::get_if<Information>(&line->wish)) {
-        if (line->global.format == OutputFormat::screen) return Report{information->text};
-        return Report{JsonObject{{information->key, {information->text}}}};
+        if (line->global.format == OutputFormat::screen) return Report{information->screen};
+        return Report{JsonObject{{information->key, {information->value}}}};
     }
     const Request& request = std::get<Request>(line->wish);
     auto opened =

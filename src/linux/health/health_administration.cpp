@@ -7,7 +7,6 @@
 #include "linux/health/totals_keeper.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -73,6 +72,19 @@ std::vector<SourceSummary> loadSources(Connection& connection) {
     return sources;
 }
 
+/// Why no source is meant by this label, and which labels there are.
+Phrase notFound(const std::string& label, const std::vector<SourceSummary>& sources) {
+    if (sources.empty()) return Phrase("No source is called \"{}\"; there are none yet.", {label});
+    Phrase choice;
+    for (const SourceSummary& source : sources) {
+        Phrase quoted("\"{}\"", {source.label});
+        choice = choice.isEmpty() ? std::move(quoted) : Phrase("{0}, {1}", {std::move(choice), std::move(quoted)});
+    }
+    const bool isAmbiguous = std::ranges::find(sources, label, &SourceSummary::name) != sources.end();
+    return isAmbiguous ? Phrase("More than one source is called \"{}\". Choose from: {}.", {label, choice})
+                       : Phrase("No source is called \"{}\". Choose from: {}.", {label, choice});
+}
+
 /// The sources with these labels, then all others.
 StoreResult<std::vector<std::int32_t>> reordered(const std::vector<SourceSummary>& sources,
                                                  std::span<const std::string> labels) {
@@ -83,14 +95,7 @@ StoreResult<std::vector<std::int32_t>> reordered(const std::vector<SourceSummary
     for (const std::string& label : labels) {
         const auto named = std::ranges::find(sources, label, &SourceSummary::label);
         if (named == sources.end()) {
-            std::vector<std::string> valid;
-            for (const SourceSummary& source : sources) valid.push_back("\"" + source.label + "\"");
-            const std::string choice = fmt::format("{}", fmt::join(valid, ", "));
-            const bool isAmbiguous = std::ranges::find(sources, label, &SourceSummary::name) != sources.end();
-            return std::unexpected(StoreError{
-                StoreError::Kind::unknownSource,
-                isAmbiguous ? Phrase("More than one source is called \"{}\". Choose from: {}.", {label, choice})
-                            : Phrase("No source is called \"{}\". Choose from: {}.", {label, choice})});
+            return std::unexpected(StoreError{StoreError::Kind::unknownSource, notFound(label, sources)});
         }
         append(named->id);
     }

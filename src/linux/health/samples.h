@@ -24,7 +24,7 @@ std::optional<SourceKind> sourceKindNamed(std::string_view name);
 /// equal are one source.
 struct SourceDescription {
     SourceKind kind = SourceKind::application;
-    std::string name;      // the person's own text, "Simon’s iPhone"
+    std::string name;      // the person's own text, "Anna's Phone"
     std::string hardware;  // "Watch2,4"; empty when unknown
     auto operator<=>(const SourceDescription&) const = default;
 };

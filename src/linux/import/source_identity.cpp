@@ -43,7 +43,7 @@ bool isLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-/// Whether `text` holds a word that is `word` or, as in "iPhone", ends with it capitalised.
+/// Whether `text` holds a word that is `word` or, as in "oldPhone", ends with it capitalised.
 bool namesA(std::string_view text, std::string_view word) {
     std::size_t begin = 0;
     while (begin < text.size()) {

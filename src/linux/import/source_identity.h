@@ -9,8 +9,7 @@ namespace pedvar {
 
 /// The source of a record by its `sourceName` and the text of its `device`, which may be empty.
 ///
-///     <<HKDevice: 0x282a45810>, name:Apple Watch, manufacturer:Apple, model:Watch, hardware:Watch2,4,
-///     software:4.3.1>
+///     <<HKDevice: 0x282a45810>, name:Watch, manufacturer:Maker, model:Watch, hardware:Watch2,4, software:4.3.1>
 ///
 /// The address in front differs from record to record and the software from month to month; neither is part of it.
 SourceDescription describeSource(std::string_view sourceName, std::string_view device);

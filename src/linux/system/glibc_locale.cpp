@@ -93,7 +93,7 @@ void GlibcLocale::readTime() {
     const auto locale = installedLocale(LC_TIME_MASK, name);
     if (!locale) {
         const auto habits = knownHabits(name);
-        if (habits) firstWeekday_ = habits->firstWeekday;
+        if (habits && !isPlain(name)) firstWeekday_ = habits->firstWeekday;  // a region's, not a language's
         if (habits) usesTwelveHourClock_ = habits->usesTwelveHourClock;
         return;
     }

@@ -7,6 +7,7 @@
 #include "routes/way.h"
 
 #include <unistd.h>
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 
@@ -35,8 +36,10 @@ Whole wholeOf(const Activity& activity, Application& application, const Figures&
     return whole;
 }
 
+/// At most the time that it took, which the route of an imported workout may exceed at its ends.
 std::optional<double> movingTimeOf(const Whole& whole) {
-    return whole.marks.size() < 2 ? std::nullopt : std::optional(whole.marks.back().movingTime);
+    if (whole.marks.size() < 2) return std::nullopt;
+    return std::min(whole.marks.back().movingTime, whole.activity.duration);
 }
 
 JsonObject document(const Whole& whole, const Calendar& calendar) {
@@ -94,7 +97,11 @@ CommandResult<Report> deleted(const Activity& activity, const ActivityRequest& r
     if (application.wantsJson()) return Report{JsonObject{{"id", {activity.id.text()}}, {"deleted", {isWanted}}}};
     if (!isWanted) return Report{screen.text("Nothing was deleted.") + "\n"};
     std::string said = screen.text("Deleted: {}.", title) + "\n";
+    const auto rest = activitiesOf(application);
+    if (!rest) return std::unexpected(rest.error());
     for (const Activity::Copy& copy : activity.copies) {
+        // One may be a copy of another activity, too.
+        if (std::ranges::find(*rest, copy.id, &Activity::id) == rest->end()) continue;
         said +=
             screen.text("The copy that the health store has from {} is listed from now on.", copy.source) + "\n";
     }

@@ -21,7 +21,7 @@ std::optional<HKUnit> volumeUnitNamed(std::string_view name) {
 
 CommandResult<double> amountNamed(std::string_view amount, const std::optional<std::string>& unit,
                                   VolumeUnit usual, const Texts& text) {
-    const std::size_t digits = std::min(amount.find_first_not_of("0123456789."), amount.size());
+    const std::size_t digits = std::min(amount.find_first_not_of("0123456789.,"), amount.size());
     std::string_view written = unit ? std::string_view(*unit) : amount.substr(digits);
     if (digits > 0 && written.starts_with(' ')) written.remove_prefix(1);
     const auto number = numberNamed(unit ? amount : amount.substr(0, digits));
@@ -57,8 +57,10 @@ std::string labelOf(const HydrationContainer& container, const Texts& text) {
 CommandResult<const HydrationContainer*> containerNamed(const HydrationSettings& settings, std::string_view name,
                                                         const Texts& text) {
     if (const HydrationContainer* found = containerLabelled(settings, name)) return found;
-    for (const HydrationContainer& container : settings.containers) {
-        if (labelOf(container, text) == name) return &container;
+    HydrationSettings shown = settings;
+    for (HydrationContainer& container : shown.containers) container.label = labelOf(container, text);
+    if (const HydrationContainer* found = containerLabelled(shown, name)) {
+        return &settings.containers[static_cast<std::size_t>(found - shown.containers.data())];
     }
     return usageError(text("There is no container \"{}\"; `pedvar containers` lists them.", harmless(name)));
 }

@@ -21,6 +21,7 @@ CommandResult<DrinkType> drinkNamed(std::string_view name, const Texts& text);
 /// What people read as the container's name: their own text, or that of one they were given, in their language.
 std::string labelOf(const HydrationContainer& container, const Texts& text);
 
+/// The container that is kept or shown under this name, in whatever case.
 CommandResult<const HydrationContainer*> containerNamed(const HydrationSettings& settings, std::string_view name,
                                                         const Texts& text);
 

@@ -5,6 +5,8 @@
 #include <fmt/ranges.h>
 
 #include <charconv>
+#include <cmath>
+#include <string>
 
 namespace pedvar {
 namespace {
@@ -59,7 +61,15 @@ std::optional<std::int64_t> wholeNumberNamed(std::string_view name) {
 }
 
 std::optional<double> numberNamed(std::string_view name) {
-    return parse<double>(name);
+    std::string written(name);
+    if (const std::size_t comma = name.find(','); comma != name.npos) {
+        const std::size_t decimals = name.size() - comma - 1;
+        const bool mayGroup = decimals == 3 && name.front() != '0';
+        if (decimals == 0 || mayGroup || name.contains('.')) return std::nullopt;
+        written[comma] = '.';
+    }
+    const auto number = parse<double>(written);
+    return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
 }  // namespace pedvar

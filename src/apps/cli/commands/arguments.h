@@ -24,9 +24,9 @@ CommandResult<std::chrono::year_month> pastMonthNamed(std::string_view name, Day
 /// One of "steps", "distance", "calories", "activeMinutes" and "flights".
 CommandResult<ActivityMetric> metricNamed(std::string_view name, const Texts& text);
 
-/// A number written with digits and nothing else around it, the decimal separator being a point; none when it is
-/// anything else or does not fit.
+/// A number written with digits and nothing else around it; none when it is anything else or does not fit.
 std::optional<std::int64_t> wholeNumberNamed(std::string_view name);
+/// The same with decimals behind a point or a comma. "1,000", which may be a thousand or one, is none.
 std::optional<double> numberNamed(std::string_view name);
 
 }  // namespace pedvar

@@ -51,8 +51,13 @@ CommandResult<double> amountOf(const BodyRequest& request, const Measure& measur
     const double factor = unit == metric.name ? metric.factor : customary.factor;
     const auto number = numberNamed(*request.value);
     if (number && 0 < *number && *number * factor <= measure.highest) return *number * factor;
-    return usageError(text("\"{}\" is out of range; valid: a number above 0, up to {} {}.", *request.value,
-                           application.screen().figures.number(std::floor(measure.highest / factor), 0), unit));
+    const std::string highest = application.screen().figures.number(std::floor(measure.highest / factor), 0);
+    if (!number) {
+        return usageError(text("\"{0}\" is no number like 72.5; valid: one above 0, up to {1} {2}.",
+                               harmless(*request.value), highest, unit));
+    }
+    return usageError(
+        text("\"{}\" is out of range; valid: a number above 0, up to {} {}.", *request.value, highest, unit));
 }
 
 /// Stores a sample of this moment. Whatever keeps the store from being written is told first.

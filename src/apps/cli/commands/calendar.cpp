@@ -21,7 +21,9 @@ struct Wanted {
 /// Digits begin a month, letters a metric.
 CommandResult<Wanted> wanted(const CalendarRequest& request, Application& application) {
     Wanted result;
-    for (const std::string& word : request.what) {
+    for (const auto& typed : {request.first, request.second}) {
+        if (!typed) continue;
+        const std::string& word = *typed;
         const bool isMonth = word.empty() || !std::isalpha(static_cast<unsigned char>(word.front()));
         if (isMonth ? result.month.has_value() : result.metric.has_value()) {
             return usageError(

@@ -53,8 +53,8 @@ CommandResult<void> change(HydrationSettings& settings, const ContainersRequest&
     if (request.newName) {
         const auto label = labelNamed(*request.newName, text);
         if (!label) return std::unexpected(label.error());
-        const HydrationContainer* other = containerLabelled(settings, *label);
-        if (other && other != &container) {
+        const auto other = containerNamed(settings, *label, text);
+        if (other && *other != &container) {
             return usageError(text("There is a container \"{}\" already.", harmless(*label)));
         }
         container.label = *label;

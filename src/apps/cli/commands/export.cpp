@@ -7,8 +7,6 @@
 #include "routes/gpx_writer.h"
 #include "routes/way.h"
 
-#include <cmath>
-
 namespace pedvar {
 namespace {
 
@@ -30,7 +28,7 @@ void write(const ExportedRoute& route, const TextSink& sink) {
 CommandResult<void> hideHome(std::vector<CLLocation>& points, Activity& activity, const std::string& metres,
                              const Texts& text) {
     const auto radius = numberNamed(metres);
-    if (!radius || !(*radius > 0) || !std::isfinite(*radius)) {
+    if (!radius || *radius <= 0) {
         return usageError(text("\"{}\" is no distance; --hide-home takes metres, for example 200.", metres));
     }
     const auto rest = withoutEnds(points, *radius);
