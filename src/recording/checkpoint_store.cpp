@@ -22,7 +22,7 @@ DefaultsResult CheckpointStore::save(const InProgressState& state, CheckpointTim
 
     std::vector<PartsChange> changes = removals(session, route);
     std::ranges::move(routeAdditions(session, route, storedPoints(session, route)), std::back_inserter(changes));
-    changes.push_back(SetFrame{inProgressKey, *text});
+    changes.push_back(SetFrame{inProgressKey, text});
     if (auto written = documents_.write(changes); !written) {
         lastCheckpointDate_.reset();  // the next one is due
         return written;
