@@ -50,7 +50,7 @@ std::vector<CLLocation> walk() {
 }
 
 /// The same document with what watches add to a point.
-std::string withExtensions(std::string document) {
+std::string withExtensions(const std::string& document) {
     constexpr std::string_view end = "      </trkpt>\n";
     constexpr std::string_view extensions =
         "        <extensions>\n          <gpxtpx:TrackPointExtension>\n            <gpxtpx:hr>121</gpxtpx:hr>\n"

@@ -14,8 +14,8 @@ namespace pedvar {
 /// What to fetch, and when to give up.
 struct URLRequest {
     std::string address;
-    Seconds longestTime{15};              // from the call to the last byte
-    std::size_t largestBody = 1'048'576;  // bytes
+    Seconds longestTime{15};                  // from the call to the last byte
+    std::size_t largestBody = 1'024 * 1'024;  // bytes
 };
 
 struct URLResponse {

@@ -10,9 +10,9 @@ namespace pedvar {
 
 namespace {
 
-constexpr double assumedAccuracy = 5;           // metres; documents do not tell
-constexpr std::size_t longestText = 4'194'304;  // bytes; what is longer is no name and is cut
-constexpr std::size_t beginningSize = 512;      // bytes
+constexpr double assumedAccuracy = 5;                 // metres; documents do not tell
+constexpr std::size_t longestText = 4 * 1024 * 1024;  // bytes; what is longer is no name and is cut
+constexpr std::size_t beginningSize = 512;            // bytes
 constexpr std::size_t longSegment =
     32'768;  // points; fewer are copied in no time, and windows are small against it
 

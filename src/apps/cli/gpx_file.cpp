@@ -8,7 +8,7 @@
 namespace pedvar {
 namespace {
 
-constexpr std::size_t longestFront = 262'144;  // bytes in which the outermost element begins
+constexpr std::size_t longestFront = 256 * 1024;  // bytes in which the outermost element begins
 
 /// Hears the name of the outermost element.
 class RootElement : public XmlHandler {
