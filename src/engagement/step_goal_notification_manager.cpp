@@ -128,6 +128,7 @@ bool StepGoalNotificationManager::isWanted(bool UserPreferences::* toggle) const
 }
 
 bool StepGoalNotificationManager::isDue(NotificationKind kind) const {
+    if (unheard_.contains(kind)) return false;
     const Calendar calendar = settings_.calendar();
     const Date now = clock_.now();
     if (!isItsTime(kind, calendar.localTime(now) - LocalTime(calendar.day(now)))) return false;
@@ -150,10 +151,11 @@ void StepGoalNotificationManager::show(NotificationKind kind, std::string title,
     for (const DefaultsChange& mark : marks) before.push_back({mark.store, mark.key, mark.store->value(mark.key)});
     if (!store(marks)) return;
     UserNotification notification{std::string(caseName(kind)), std::move(title), std::move(body)};
-    notifications_.show(std::move(notification),
-                        [this, before = std::move(before)](const std::expected<void, NotificationError>& shown) {
-                            if (!shown) store(before);
-                        });
+    notifications_.show(std::move(notification), [this, kind, before = std::move(before)](const auto& shown) {
+        if (shown) return;
+        unheard_.insert(kind);
+        store(before);
+    });
 }
 
 bool StepGoalNotificationManager::store(const std::vector<DefaultsChange>& changes) {

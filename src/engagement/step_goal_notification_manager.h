@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,7 +43,8 @@ struct DayStanding {
 };
 
 /// Decides what the person is told, by the switches of the preferences. What was shown is stored, so that no other
-/// process tells it again. Lives on the main executor.
+/// process tells it again. What cannot be shown waits for `tryAgain`, so that each failure costs two writes and no
+/// more. Lives on the main executor.
 class StepGoalNotificationManager : public StepGoalNotifications {
 public:
     static constexpr double closeShare = 0.8;  // of the goal
@@ -58,6 +60,9 @@ public:
     /// Tells of everything else whose time has come. Steps are those of the last progress, if that was today.
     void consider(const DayStanding& standing);
 
+    /// Lets `consider` and progress tell what could not be shown.
+    void tryAgain() { unheard_.clear(); }
+
 private:
     struct Progress {
         Day day;
@@ -71,7 +76,7 @@ private:
     void considerBadges(const std::vector<UnlockedBadge>& badges);
 
     bool isWanted(bool UserPreferences::* toggle) const;
-    /// Whether `kind` may be shown now and was not shown in this period of it.
+    /// Whether `kind` may be shown now, was not shown in this period of it, and does not wait for `tryAgain`.
     bool isDue(NotificationKind kind) const;
     /// The first day of the present period of `kind`: today, or the beginning of the week.
     Day period(NotificationKind kind) const;
@@ -91,6 +96,7 @@ private:
     UserNotifications& notifications_;
     PlatformLog& log_;
     std::optional<Progress> progress_;
+    std::set<NotificationKind> unheard_;  // those that could not be shown
 };
 
 }  // namespace pedvar

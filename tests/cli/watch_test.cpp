@@ -75,11 +75,13 @@ TEST_CASE_FIXTURE(Watching, "what another process imports reaches widgets and th
     CHECK(second.exitCode == 1);
     CHECK(second.errors.find("Another process watches this folder already") != std::string::npos);
 
+    desktop->write("leave");
     writeFile(folder / "export.xml", exportOf(600s, 1s, 1'200));
     REQUIRE(run({"import", "export.xml"}).exitCode == 0);
+    REQUIRE(reaches([&] { return hasTodaySteps(1'200); }));
+    desktop->write("return actions");
     CHECK(desktop->line() == R"([1, "Goal achieved", "Steps today: 1,200. Your goal was 1,000.", -1])");
     CHECK(desktop->line() == R"([2, "New badge", "First Steps", -1])");
-    CHECK(hasTodaySteps(1'200));
     CHECK(watcher->end(SIGTERM) == 0);
 
     watcher = watch();

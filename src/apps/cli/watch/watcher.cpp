@@ -57,7 +57,8 @@ Watcher::Watcher(Application& application, const WatchedManagers& managers, User
       ingestionProblem_(ingestion_.problem.observe([this](const std::optional<std::string>& problem) {
           if (problem) application_.log().log(logSubsystem, "Steps", LogLevel::error, *problem);
       })),
-      alarm_(readiness, [this] { refreshes_.request(); }),
+      notificationsAvailable_(notifications.observeAvailability([this] { tryAgain(); })),
+      alarm_(readiness, [this] { tryAgain(); }),
       ended_(application.loop()),
       refreshes_(application.loop(), [this] { return refresh(); }),
       tasks_(application.loop()) {
@@ -124,6 +125,11 @@ void Watcher::followDropFolder() {
         std::make_unique<DropFolder>(application_.loop(), readiness_, wanted, importing, application_.log());
 }
 
+void Watcher::tryAgain() {
+    teller_.tryAgain();
+    refreshes_.request();
+}
+
 Task<> Watcher::refresh() {
     followDropFolder();
     const auto refreshed = co_await application_.refreshing();
@@ -132,6 +138,7 @@ Task<> Watcher::refresh() {
     }
     const DayStanding now = co_await standing();
     teller_.consider(now);
+    prompts_.offerWithheld();
     if (openedOn_ != application_.today()) open();
     alarm_.set(nextNotificationMoment(application_.calendar(), application_.clock().now()));
 }
