@@ -1,6 +1,7 @@
 #include "engagement/step_goal_notification_manager.h"
 
 #include "core/reflection.h"
+#include "platform/language_habits.h"
 #include "platform/phrase.h"
 
 #include <algorithm>
@@ -31,7 +32,7 @@ StepGoalNotificationManager::StepGoalNotificationManager(const Clock& clock, con
       settings_(settings),
       defaults_(defaults),
       texts_(texts),
-      numbers_(locale),
+      locale_(locale),
       notifications_(notifications),
       log_(log) {}
 
@@ -83,7 +84,7 @@ void StepGoalNotificationManager::considerWeek(const DayStanding& standing) {
     if (!isWanted(&UserPreferences::weeklyRecapEnabled) || !isDue(NotificationKind::weeklyRecap)) return;
     const Phrase body{"Steps last week: {0}, on average {1} a day.",
                       {number(standing.lastWeekSteps),
-                       numbers_.number(static_cast<double>(standing.lastWeekSteps) / daysOfWeek, 0)}};
+                       numbers().number(static_cast<double>(standing.lastWeekSteps) / daysOfWeek, 0)}};
     show(NotificationKind::weeklyRecap, texts_.text("Your week"), body.in(texts_));
 }
 
@@ -120,6 +121,10 @@ std::string StepGoalNotificationManager::stepsToGo(const Progress& progress) con
     const Phrase text{"Still to go: {0} of {1} steps.",
                       {number(progress.goal - progress.steps), number(progress.goal)}};
     return text.in(texts_);
+}
+
+NumberFormat StepGoalNotificationManager::numbers() const {
+    return NumberFormat(LanguageLocale(locale_, names(settings_.preferences().appLanguage).code));
 }
 
 bool StepGoalNotificationManager::isWanted(bool UserPreferences::* toggle) const {

@@ -5,6 +5,7 @@
 #include "engagement/notification_schedule.h"
 #include "health/settings_store.h"
 #include "platform/clock.h"
+#include "platform/locale.h"
 #include "platform/number_format.h"
 #include "platform/platform_log.h"
 #include "platform/step_goal_notifications.h"
@@ -84,7 +85,9 @@ private:
     void show(NotificationKind kind, std::string title, std::string body, std::vector<DefaultsChange> more = {});
     bool store(const std::vector<DefaultsChange>& changes);
 
-    std::string number(std::int64_t value) const { return numbers_.number(value); }
+    std::string number(std::int64_t value) const { return numbers().number(value); }
+    /// Those of the language that the preferences name now.
+    NumberFormat numbers() const;
     std::string stepsToGo(const Progress& progress) const;
     Day today() const { return settings_.calendar().day(clock_.now()); }
 
@@ -92,7 +95,7 @@ private:
     const SettingsStore& settings_;
     DefaultsDomains& defaults_;
     const TextCatalogue& texts_;
-    NumberFormat numbers_;
+    const Locale& locale_;
     UserNotifications& notifications_;
     PlatformLog& log_;
     std::optional<Progress> progress_;

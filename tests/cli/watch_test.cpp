@@ -88,6 +88,9 @@ TEST_CASE_FIXTURE(Watching, "what another process imports reaches widgets and th
     writeFile(folder / "more.xml", exportOf(1'800s, 900s, 300));
     REQUIRE(run({"import", "more.xml"}).exitCode == 0);
     CHECK(reaches([&] { return hasTodaySteps(1'500); }));
+    REQUIRE(run({"settings", "appLanguage", "german"}).exitCode == 0);
+    REQUIRE(run({"water", "250"}).exitCode == 0);
+    CHECK(desktop->line() == R"([3, "Zeit zu trinken", "Wasser heute bisher: 250 ml von 2.000 ml.", -1])");
     CHECK(watcher->end(SIGINT) == 0);
     desktop->endInput();
     CHECK(desktop->line() == "");

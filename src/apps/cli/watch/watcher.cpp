@@ -52,8 +52,10 @@ Watcher::Watcher(Application& application, const WatchedManagers& managers, User
               application.locale(), notifications, application.log()),
       prompts_(application, managers.engagement.rating, managers.engagement.updates, managers.insights.recap,
                notifications),
-      goalProgressed_(managers.health.goalNews.progressed.observe(
-          [this](std::int64_t steps, std::int64_t goal) { teller_.goalProgressed(steps, goal); })),
+      goalProgressed_(managers.health.goalNews.progressed.observe([this](std::int64_t steps, std::int64_t goal) {
+          static_cast<void>(application_.catalogue());  // its language may have been changed
+          teller_.goalProgressed(steps, goal);
+      })),
       ingestionProblem_(ingestion_.problem.observe([this](const std::optional<std::string>& problem) {
           if (problem) application_.log().log(logSubsystem, "Steps", LogLevel::error, *problem);
       })),
@@ -178,12 +180,12 @@ Task<std::optional<WaterStanding>> Watcher::waterStanding() const {
     const Interval lastWeek{now - week, now};
     const auto drinks = co_await water.fetchDrinks(lastWeek);
     if (drinks.empty()) co_return std::nullopt;
-    const UserPreferences preferences = application_.settings().preferences();
-    const VolumeUnit unit = water.settings().volumeUnit.value_or(preferences.volumeUnit);
-    const Figures figures(application_.locale(), preferences, application_.text());
+    const VolumeUnit preferred = application_.settings().preferences().volumeUnit;
+    const VolumeUnit unit = water.settings().volumeUnit.value_or(preferred);
+    const Screen screen = application_.screen();
     co_return WaterStanding{.isGoalMet = water.todayMilliliters >= water.goalMilliliters,
-                            .drunk = figures.volume(water.todayMilliliters, unit),
-                            .goal = figures.volume(water.goalMilliliters, unit)};
+                            .drunk = screen.figures.volume(water.todayMilliliters, unit),
+                            .goal = screen.figures.volume(water.goalMilliliters, unit)};
 }
 
 }  // namespace pedvar
