@@ -98,11 +98,13 @@ TEST_CASE_FIXTURE(Watching, "what another process imports reaches widgets and th
 
 TEST_CASE_FIXTURE(Watching, "what appears in the drop folder is imported when it is whole, without a bus too") {
     environment[0] = "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus";
-    const auto drop = folder / "drop";
-    std::filesystem::create_directory(drop);
+    const auto drop = folder / "outer/drop";
+    writeFile(folder / "file", "");
+    CHECK(run({"settings", "dropFolder", (folder / "file").string()}).exitCode == 2);
+    REQUIRE(run({"settings", "dropFolder", drop.string()}).exitCode == 0);
     auto watcher = watch();
     REQUIRE(reaches([&] { return stored(true, "todaySteps").has_value(); }));
-    REQUIRE(run({"settings", "dropFolder", drop.string()}).exitCode == 0);
+    std::filesystem::create_directories(drop);
 
     const std::string document = exportOf(600s, 1s, 777);
     std::ofstream half(drop / "export.xml");
@@ -116,6 +118,14 @@ TEST_CASE_FIXTURE(Watching, "what appears in the drop folder is imported when it
     CHECK(reaches([&] { return hasTodaySteps(777); }));
     CHECK(reaches([&] { return std::filesystem::exists(drop / "imported/export.xml"); }));
     CHECK(std::filesystem::exists(drop / "cut.xml"));
+    std::filesystem::remove_all(drop);
+    std::filesystem::create_directory(drop);
+    writeFile(drop / "letter.txt", "Dear Bob");
+    CHECK(reaches([&] { return std::filesystem::exists(drop / "failed/letter.txt"); }));
+    std::filesystem::rename(drop, folder / "old");
+    std::filesystem::create_directory(drop);
+    writeFile(drop / "letter.txt", "Dear Eve");
+    CHECK(reaches([&] { return std::filesystem::exists(drop / "failed/letter.txt"); }));
     CHECK(watcher->end(SIGTERM) == 0);
 }
 

@@ -115,7 +115,7 @@ void Watcher::lookAtZone() {
 
 void Watcher::followDropFolder() {
     const std::filesystem::path wanted = application_.linuxSettings().dropFolder.text();
-    if (dropFolder_ && dropFolder_->folder() == wanted) return;
+    if (dropFolder_ && dropFolder_->folder() == wanted) return dropFolder_->follow();
     dropFolder_.reset();
     if (wanted.empty()) return;
     const auto importing = [folder = application_.folder()](const std::filesystem::path& file) {
