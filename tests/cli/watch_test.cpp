@@ -156,12 +156,15 @@ TEST_CASE_FIXTURE(Watching, "what is chosen in a notification opens its page in 
         REQUIRE(run({"settings", name, value}).exitCode == 0);
     };
     setting("updateAddress", "http://127.0.0.1:" + server.line() + "/good");
-    setting("updatePage", "https://example.org/get?quiet&app=");
     setting("reviewPage", "https://example.org/it's?app=7#stars");
     const std::string update =
         R"("Pedvar 99.1 is there", "Walks further.", "view", "View", "dismiss", "Dismiss", 0])";
+    setting("notificationsEnabled", "false");
 
     auto watcher = watch();
+    REQUIRE(reaches([&] { return stored(false, "publishedVersion").has_value(); }));
+    setting("updatePage", "https://example.org/get?quiet&app=");  // what is shown now offers to view it
+    setting("notificationsEnabled", "true");
     CHECK(desktop->line() == "[1, " + update);
     desktop->write("choose 1 view");
     const std::string page = "1 https://example.org/get?quiet&app=1\n";

@@ -65,10 +65,13 @@ void Prompts::offerWithheld() {
 }
 
 void Prompts::show(UserNotification notification, Published<bool>& offered) {
-    notifications_.show(notification, [this, &offered, identifier = notification.identifier](const auto& shown) {
-        if (shown) return;
+    const auto withhold = [this, &offered, identifier = notification.identifier] {
         offered = false;
         withheld_.insert(identifier);
+    };
+    if (!application_.settings().preferences().notificationsEnabled) return withhold();
+    notifications_.show(std::move(notification), [withhold](const auto& shown) {
+        if (!shown) withhold();
     });
 }
 

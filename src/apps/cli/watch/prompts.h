@@ -16,7 +16,8 @@ class MonthlyRecapManager;
 class RateUsManager;
 
 /// Shows the pop-ups of the managers, and takes the person's answers to them. One that is not answered stays the
-/// manager's until `offerAgain`. One that cannot be shown is withheld.
+/// manager's until `offerAgain`. One that cannot be shown, or may not because notifications are switched off, is
+/// withheld.
 class Prompts {
 public:
     /// Keeps the references. The health store is open.
