@@ -1,6 +1,7 @@
 #include "engagement/step_goal_notification_manager.h"
 
 #include "core/reflection.h"
+#include "platform/language_habits.h"
 #include "platform/phrase.h"
 
 #include <algorithm>
@@ -31,7 +32,7 @@ StepGoalNotificationManager::StepGoalNotificationManager(const Clock& clock, con
       settings_(settings),
       defaults_(defaults),
       texts_(texts),
-      numbers_(locale),
+      locale_(locale),
       notifications_(notifications),
       log_(log) {}
 
@@ -83,7 +84,7 @@ void StepGoalNotificationManager::considerWeek(const DayStanding& standing) {
     if (!isWanted(&UserPreferences::weeklyRecapEnabled) || !isDue(NotificationKind::weeklyRecap)) return;
     const Phrase body{"Steps last week: {0}, on average {1} a day.",
                       {number(standing.lastWeekSteps),
-                       numbers_.number(static_cast<double>(standing.lastWeekSteps) / daysOfWeek, 0)}};
+                       numbers().number(static_cast<double>(standing.lastWeekSteps) / daysOfWeek, 0)}};
     show(NotificationKind::weeklyRecap, texts_.text("Your week"), body.in(texts_));
 }
 
@@ -122,12 +123,17 @@ std::string StepGoalNotificationManager::stepsToGo(const Progress& progress) con
     return text.in(texts_);
 }
 
+NumberFormat StepGoalNotificationManager::numbers() const {
+    return NumberFormat(LanguageLocale(locale_, names(settings_.preferences().appLanguage).code));
+}
+
 bool StepGoalNotificationManager::isWanted(bool UserPreferences::* toggle) const {
     const UserPreferences preferences = settings_.preferences();
     return preferences.notificationsEnabled && preferences.*toggle;
 }
 
 bool StepGoalNotificationManager::isDue(NotificationKind kind) const {
+    if (unheard_.contains(kind)) return false;
     const Calendar calendar = settings_.calendar();
     const Date now = clock_.now();
     if (!isItsTime(kind, calendar.localTime(now) - LocalTime(calendar.day(now)))) return false;
@@ -150,10 +156,11 @@ void StepGoalNotificationManager::show(NotificationKind kind, std::string title,
     for (const DefaultsChange& mark : marks) before.push_back({mark.store, mark.key, mark.store->value(mark.key)});
     if (!store(marks)) return;
     UserNotification notification{std::string(caseName(kind)), std::move(title), std::move(body)};
-    notifications_.show(std::move(notification),
-                        [this, before = std::move(before)](const std::expected<void, NotificationError>& shown) {
-                            if (!shown) store(before);
-                        });
+    notifications_.show(std::move(notification), [this, kind, before = std::move(before)](const auto& shown) {
+        if (shown) return;
+        unheard_.insert(kind);
+        store(before);
+    });
 }
 
 bool StepGoalNotificationManager::store(const std::vector<DefaultsChange>& changes) {

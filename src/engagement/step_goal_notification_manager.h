@@ -5,6 +5,7 @@
 #include "engagement/notification_schedule.h"
 #include "health/settings_store.h"
 #include "platform/clock.h"
+#include "platform/locale.h"
 #include "platform/number_format.h"
 #include "platform/platform_log.h"
 #include "platform/step_goal_notifications.h"
@@ -14,6 +15,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,7 +44,8 @@ struct DayStanding {
 };
 
 /// Decides what the person is told, by the switches of the preferences. What was shown is stored, so that no other
-/// process tells it again. Lives on the main executor.
+/// process tells it again. What cannot be shown waits for `tryAgain`, so that each failure costs two writes and no
+/// more. Lives on the main executor.
 class StepGoalNotificationManager : public StepGoalNotifications {
 public:
     static constexpr double closeShare = 0.8;  // of the goal
@@ -58,6 +61,9 @@ public:
     /// Tells of everything else whose time has come. Steps are those of the last progress, if that was today.
     void consider(const DayStanding& standing);
 
+    /// Lets `consider` and progress tell what could not be shown.
+    void tryAgain() { unheard_.clear(); }
+
 private:
     struct Progress {
         Day day;
@@ -71,7 +77,7 @@ private:
     void considerBadges(const std::vector<UnlockedBadge>& badges);
 
     bool isWanted(bool UserPreferences::* toggle) const;
-    /// Whether `kind` may be shown now and was not shown in this period of it.
+    /// Whether `kind` may be shown now, was not shown in this period of it, and does not wait for `tryAgain`.
     bool isDue(NotificationKind kind) const;
     /// The first day of the present period of `kind`: today, or the beginning of the week.
     Day period(NotificationKind kind) const;
@@ -79,7 +85,9 @@ private:
     void show(NotificationKind kind, std::string title, std::string body, std::vector<DefaultsChange> more = {});
     bool store(const std::vector<DefaultsChange>& changes);
 
-    std::string number(std::int64_t value) const { return numbers_.number(value); }
+    std::string number(std::int64_t value) const { return numbers().number(value); }
+    /// Those of the language that the preferences name now.
+    NumberFormat numbers() const;
     std::string stepsToGo(const Progress& progress) const;
     Day today() const { return settings_.calendar().day(clock_.now()); }
 
@@ -87,10 +95,11 @@ private:
     const SettingsStore& settings_;
     DefaultsDomains& defaults_;
     const TextCatalogue& texts_;
-    NumberFormat numbers_;
+    const Locale& locale_;
     UserNotifications& notifications_;
     PlatformLog& log_;
     std::optional<Progress> progress_;
+    std::set<NotificationKind> unheard_;  // those that could not be shown
 };
 
 }  // namespace pedvar

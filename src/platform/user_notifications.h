@@ -54,6 +54,9 @@ public:
 
     /// Tells on the main executor what becomes of notifications.
     [[nodiscard]] virtual Subscription observeResponses(Event<NotificationResponse>::Observer observer) = 0;
+
+    /// Tells on the main executor that what could not be shown may be shown now.
+    [[nodiscard]] virtual Subscription observeAvailability(Event<>::Observer observer) = 0;
 };
 
 }  // namespace pedvar

@@ -82,7 +82,14 @@ TEST_CASE_FIXTURE(Watching, "what another process imports reaches widgets and th
     CHECK(hasTodaySteps(1'200));
     CHECK(watcher->end(SIGTERM) == 0);
 
+    desktop->write("leave");
+    REQUIRE(run({"water", "250"}).exitCode == 0);
+    REQUIRE(run({"settings", "reviewPage", "https://example.org"}).exitCode == 0);
     watcher = watch();
+    REQUIRE(reaches([&] { return stored(false, "opensUntilNextPrompt") == DefaultsValue(std::int64_t{2}); }));
+    REQUIRE(run({"settings", "appLanguage", "german"}).exitCode == 0);
+    desktop->write("return actions");  // which lets it tell what it could not when it was opened
+    CHECK(desktop->line() == R"([1, "Zeit zu trinken", "Wasser heute bisher: 250 ml von 2.000 ml.", -1])");
     writeFile(folder / "more.xml", exportOf(1'800s, 900s, 300));
     REQUIRE(run({"import", "more.xml"}).exitCode == 0);
     CHECK(reaches([&] { return hasTodaySteps(1'500); }));
@@ -93,11 +100,13 @@ TEST_CASE_FIXTURE(Watching, "what another process imports reaches widgets and th
 
 TEST_CASE_FIXTURE(Watching, "what appears in the drop folder is imported when it is whole, without a bus too") {
     environment[0] = "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus";
-    const auto drop = folder / "drop";
-    std::filesystem::create_directory(drop);
+    const auto drop = folder / "outer/drop";
+    writeFile(folder / "file", "");
+    CHECK(run({"settings", "dropFolder", (folder / "file").string()}).exitCode == 2);
+    REQUIRE(run({"settings", "dropFolder", drop.string()}).exitCode == 0);
     auto watcher = watch();
     REQUIRE(reaches([&] { return stored(true, "todaySteps").has_value(); }));
-    REQUIRE(run({"settings", "dropFolder", drop.string()}).exitCode == 0);
+    std::filesystem::create_directories(drop);
 
     const std::string document = exportOf(600s, 1s, 777);
     std::ofstream half(drop / "export.xml");
@@ -111,6 +120,14 @@ TEST_CASE_FIXTURE(Watching, "what appears in the drop folder is imported when it
     CHECK(reaches([&] { return hasTodaySteps(777); }));
     CHECK(reaches([&] { return std::filesystem::exists(drop / "imported/export.xml"); }));
     CHECK(std::filesystem::exists(drop / "cut.xml"));
+    std::filesystem::remove_all(drop);
+    std::filesystem::create_directory(drop);
+    writeFile(drop / "letter.txt", "Dear Bob");
+    CHECK(reaches([&] { return std::filesystem::exists(drop / "failed/letter.txt"); }));
+    std::filesystem::rename(drop, folder / "old");
+    std::filesystem::create_directory(drop);
+    writeFile(drop / "letter.txt", "Dear Eve");
+    CHECK(reaches([&] { return std::filesystem::exists(drop / "failed/letter.txt"); }));
     CHECK(watcher->end(SIGTERM) == 0);
 }
 
@@ -141,12 +158,15 @@ TEST_CASE_FIXTURE(Watching, "what is chosen in a notification opens its page in 
         REQUIRE(run({"settings", name, value}).exitCode == 0);
     };
     setting("updateAddress", "http://127.0.0.1:" + server.line() + "/good");
-    setting("updatePage", "https://example.org/get?quiet&app=");
     setting("reviewPage", "https://example.org/it's?app=7#stars");
     const std::string update =
         R"("Pedvar 99.1 is there", "Walks further.", "view", "View", "dismiss", "Dismiss", 0])";
+    setting("notificationsEnabled", "false");
 
     auto watcher = watch();
+    REQUIRE(reaches([&] { return stored(false, "publishedVersion").has_value(); }));
+    setting("updatePage", "https://example.org/get?quiet&app=");  // what is shown now offers to view it
+    setting("notificationsEnabled", "true");
     CHECK(desktop->line() == "[1, " + update);
     desktop->write("choose 1 view");
     const std::string page = "1 https://example.org/get?quiet&app=1\n";

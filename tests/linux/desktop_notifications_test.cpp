@@ -88,6 +88,9 @@ public:
     Subscription observeResponses(Event<NotificationResponse>::Observer observer) override {
         return to_.observeResponses(std::move(observer));
     }
+    Subscription observeAvailability(Event<>::Observer observer) override {
+        return to_.observeAvailability(std::move(observer));
+    }
 
 private:
     UserNotifications& to_;
@@ -141,6 +144,25 @@ TEST_CASE_FIXTURE(Shown, "without a bus nothing is shown, and the next notificat
         outcome = show({"goal", "Goal", ""});  // the end of the old bus was heard of with the first
     CHECK(outcome == "");
     CHECK(desktop->shown() == R"([1, "Goal", "", -1])");
+}
+
+TEST_CASE_FIXTURE(Shown, "a server that appears is told of, asked what it can do, and has numbers of its own") {
+    desktop.emplace(std::vector<std::string>{"actions"});
+    int appearances = 0;
+    const Subscription appeared = notifications->observeAvailability([&] { ++appearances; });
+    CHECK(show({"goal", "Goal", ""}) == "");
+    CHECK(desktop->shown() == R"([1, "Goal", "", -1])");
+    desktop->answer("leave");
+    settleUntil([&] { return responses.size() == 1; });
+    CHECK(responses.back() == "goal gone ");
+    CHECK(show({"update", "New", ""}) != "");
+    desktop->answer("return body-markup actions");
+    settleUntil([&] { return appearances == 1; });
+    CHECK(show({"update", "New & old", "&", {{"view", "View it"}}}) == "");
+    CHECK(desktop->shown() == R"([1, "New & old", "&amp;", "view", "View it", 0])");
+    desktop->answer("choose 1 view");
+    settleUntil([&] { return responses.size() == 2; });
+    CHECK(responses.back() == "update chosen view");
 }
 
 TEST_CASE_FIXTURE(Shown,

@@ -2,7 +2,8 @@
 """A notification server that shows nothing and writes down what it is given, one JSON document a line.
 
 The first line of all is the address of the bus. Lines read from standard input answer: "choose NUMBER KEY" for an
-action, "close NUMBER REASON" for the end of a notification. Capabilities are the arguments.
+action, "close NUMBER REASON" for the end of a notification; "leave" and "return CAPABILITY ..." take the server off the
+bus and put a new one there. Capabilities are the arguments.
 """
 
 import json
@@ -64,8 +65,13 @@ def main():
             if words[0] == "choose":
                 server.ActionInvoked(int(words[1]), words[2])
                 server.NotificationClosed(int(words[1]), 3)
-            else:
+            elif words[0] == "close":
                 server.NotificationClosed(int(words[1]), int(words[2]))
+            elif words[0] == "leave":
+                bus.release_name(NAME)
+            else:
+                server.capabilities, server.count = words[1:], 0
+                bus.request_name(NAME)
         return True
 
     GLib.io_add_watch(sys.stdin.fileno(), GLib.IO_IN | GLib.IO_HUP, hear)

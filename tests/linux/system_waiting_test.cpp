@@ -97,6 +97,19 @@ TEST_CASE_FIXTURE(Waiting, "what others write in a folder is told by name, finis
     half.close();
     CHECK(reaches([&] { return finished.contains("half"); }));
     CHECK(!FolderWatch::open(readiness, folder / "absent", FolderWatch::Change::anyWrite, [](const auto&) {}));
+
+    std::filesystem::create_directory(folder / "inner");
+    int news = 0;
+    const auto inner =
+        FolderWatch::open(readiness, folder / "inner", FolderWatch::Change::newEntry, [&](const auto& names) {
+            CHECK(names.empty());
+            ++news;
+        });
+    REQUIRE(inner);
+    CHECK(!(*inner)->hasEnded());
+    std::filesystem::rename(folder / "inner", folder / "elsewhere");
+    CHECK(reaches([&] { return news == 1; }));
+    CHECK((*inner)->hasEnded());
 }
 
 TEST_CASE_FIXTURE(Waiting, "an alarm rings when its moment is over, at once for a moment of the past, and once") {

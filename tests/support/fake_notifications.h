@@ -16,6 +16,7 @@ public:
     std::vector<std::string> shown;
     std::optional<NotificationError> failure;  // of everything that is to be shown
     Event<NotificationResponse> responses;
+    Event<> available;
 
     void show(UserNotification notification, NotificationHandler completion) override {
         if (failure) {
@@ -27,6 +28,9 @@ public:
     }
     Subscription observeResponses(Event<NotificationResponse>::Observer observer) override {
         return responses.observe(std::move(observer));
+    }
+    Subscription observeAvailability(Event<>::Observer observer) override {
+        return available.observe(std::move(observer));
     }
 };
 

@@ -17,6 +17,9 @@ namespace {
 
 constexpr const char* service = "org.freedesktop.Notifications";
 constexpr const char* object = "/org/freedesktop/Notifications";
+constexpr const char* serverChange =
+    "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
+    "member='NameOwnerChanged',arg0='org.freedesktop.Notifications'";
 constexpr const char* applicationName = "Pedvar";
 constexpr const char* applicationIcon = "appointment-soon";
 constexpr std::int32_t serversChoice = -1, never = 0;  // when a notification goes away by itself
@@ -32,6 +35,7 @@ struct Library {
     decltype(&::sd_bus_process) process = library.function("sd_bus_process");
     decltype(&::sd_bus_flush) flush = library.function("sd_bus_flush");
     decltype(&::sd_bus_match_signal_async) matchSignal = library.function("sd_bus_match_signal_async");
+    decltype(&::sd_bus_add_match_async) addMatch = library.function("sd_bus_add_match_async");
     decltype(&::sd_bus_call_async) callAsync = library.function("sd_bus_call_async");
     decltype(&::sd_bus_send) send = library.function("sd_bus_send");
     decltype(&::sd_bus_slot_unref) dropSlot = library.function("sd_bus_slot_unref");
@@ -90,8 +94,8 @@ std::string escaped(std::string_view text) {
 /// One connection to the session bus.
 class DesktopNotifications::Bus {
 public:
-    Bus(MainExecutor& executor, Event<NotificationResponse>& responses)
-        : executor_(executor), responses_(responses) {}
+    Bus(MainExecutor& executor, Event<NotificationResponse>& responses, Event<>& available)
+        : executor_(executor), responses_(responses), available_(available) {}
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
     /// Nobody would hear any more what is chosen.
@@ -109,6 +113,7 @@ public:
         bus_.reset(opened);
         sd_bus_slot* closed = nullptr;
         sd_bus_slot* invoked = nullptr;
+        sd_bus_slot* changed = nullptr;
         if (result >= 0) {
             result = with.matchSignal(opened, &closed, service, object, service, "NotificationClosed", onClosed,
                                       nullptr, this);
@@ -118,6 +123,10 @@ public:
             result = with.matchSignal(opened, &invoked, service, object, service, "ActionInvoked", onAction,
                                       nullptr, this);
             invoked_.reset(invoked);
+        }
+        if (result >= 0) {
+            result = with.addMatch(opened, &changed, serverChange, onServerChange, nullptr, this);
+            changed_.reset(changed);
         }
         const int descriptor = result >= 0 ? with.descriptor(opened) : result;
         if (descriptor < 0) {
@@ -167,6 +176,7 @@ private:
 
     static int onCapabilities(sd_bus_message* reply, void* self, sd_bus_error*) {
         Bus& bus = *static_cast<Bus*>(self);
+        bus.serverKnows_.clear();
         if (!systemd().errorOf(reply)) {
             systemd().enterContainer(reply, 'a', "s");
             for (const char* name = nullptr; systemd().read(reply, "s", &name) > 0;) bus.serverKnows_.insert(name);
@@ -259,6 +269,23 @@ private:
         return 0;
     }
 
+    static int onServerChange(sd_bus_message* signal, void* self, sd_bus_error*) {
+        const char *name = nullptr, *before = nullptr, *now = nullptr;
+        if (systemd().read(signal, "sss", &name, &before, &now) > 0) {
+            static_cast<Bus*>(self)->changeServer(*now != 0);
+        }
+        return 0;
+    }
+
+    /// What the server before has shown went with it, and its numbers mean something else to the next one.
+    void changeServer(bool isThere) {
+        while (!shown_.empty()) respond(shown_.begin()->second.number, NotificationResponse::Kind::gone, "");
+        if (!isThere) return;
+        areCapabilitiesKnown_ = false;
+        askForCapabilities();
+        executor_.post([&told = available_] { told.notify(); });
+    }
+
     /// Each notification is answered once: what is chosen also closes it.
     void respond(std::uint32_t number, NotificationResponse::Kind kind, const char* action) {
         for (auto shown = shown_.begin(); shown != shown_.end(); ++shown) {
@@ -304,8 +331,9 @@ private:
 
     MainExecutor& executor_;
     Event<NotificationResponse>& responses_;
+    Event<>& available_;
     std::unique_ptr<sd_bus, Drop> bus_;
-    Slot closed_, invoked_, capabilities_;
+    Slot closed_, invoked_, changed_, capabilities_;
     bool isAlive_ = true;
     bool areCapabilitiesKnown_ = false;
     std::set<std::string, std::less<>> serverKnows_;
@@ -324,7 +352,7 @@ DesktopNotifications::~DesktopNotifications() = default;
 
 void DesktopNotifications::show(UserNotification notification, NotificationHandler completion) {
     if (!bus_ || !bus_->isAlive()) {
-        bus_ = std::make_unique<Bus>(executor_, responses_);
+        bus_ = std::make_unique<Bus>(executor_, responses_, available_);
         if (auto connected = bus_->connect(readiness_); !connected) {
             bus_.reset();
             completion(std::move(connected));
@@ -336,6 +364,10 @@ void DesktopNotifications::show(UserNotification notification, NotificationHandl
 
 Subscription DesktopNotifications::observeResponses(Event<NotificationResponse>::Observer observer) {
     return responses_.observe(std::move(observer));
+}
+
+Subscription DesktopNotifications::observeAvailability(Event<>::Observer observer) {
+    return available_.observe(std::move(observer));
 }
 
 }  // namespace pedvar

@@ -15,9 +15,19 @@ namespace {
 
 constexpr std::size_t bufferSize = 16 * 1'024;  // bytes; a few hundred events
 
+/// Of the folder itself.
+constexpr std::uint32_t ends = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT;
+
 constexpr std::uint32_t maskOf(FolderWatch::Change change) {
-    if (change == FolderWatch::Change::finishedFile) return IN_CLOSE_WRITE | IN_MOVED_TO;
-    return IN_MODIFY | IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+    switch (change) {
+        case FolderWatch::Change::anyWrite:
+            return IN_MODIFY | IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+        case FolderWatch::Change::finishedFile:
+            return IN_CLOSE_WRITE | IN_MOVED_TO | ends;
+        case FolderWatch::Change::newEntry:
+            return IN_CREATE | IN_MOVED_TO | ends;
+    }
+    return 0;
 }
 
 }  // namespace
@@ -48,12 +58,13 @@ void FolderWatch::read() {
         for (const char* at = buffer.data(); at < buffer.data() + length;) {
             const auto* const event = reinterpret_cast<const inotify_event*>(at);
             isIncomplete = isIncomplete || (event->mask & IN_Q_OVERFLOW) != 0;
+            hasEnded_ = hasEnded_ || (event->mask & ends) != 0;
             if (event->len > 0) names.emplace_back(event->name);
             at += sizeof(inotify_event) + event->len;
         }
     }
-    if (isIncomplete) names.clear();
-    if (isIncomplete || !names.empty()) handler_(names);
+    if (isIncomplete || hasEnded_) names.clear();
+    if (isIncomplete || hasEnded_ || !names.empty()) handler_(names);
 }
 
 }  // namespace pedvar

@@ -8,6 +8,9 @@
 
 #include <fmt/ranges.h>
 
+#include <filesystem>
+#include <system_error>
+
 namespace pedvar {
 namespace {
 
@@ -42,6 +45,12 @@ std::optional<Field> valueNamed(std::string_view name) {
         if (name == "true") return true;
         if (name == "false") return false;
         return std::nullopt;
+    } else if constexpr (std::same_as<Field, FolderPath>) {
+        const auto folder = Field::fromText(name == noText ? "" : name);
+        std::error_code unknown;
+        const auto status = std::filesystem::status(folder ? folder->text() : "", unknown);
+        const bool isSomethingElse = std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+        return isSomethingElse ? std::nullopt : folder;
     } else if constexpr (WrittenAsText<Field>) {
         return Field::fromText(name == noText ? "" : name);
     } else if constexpr (std::same_as<Field, std::int64_t>) {

@@ -13,6 +13,7 @@
 #include <cctype>
 #include <cerrno>
 #include <fstream>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -89,14 +90,41 @@ DropFolder::DropFolder(MainExecutor& executor, Readiness& readiness, std::filesy
       folder_(std::move(folder)),
       importing_(std::move(importing)),
       log_(log) {
-    auto watch = FolderWatch::open(readiness_, folder_, FolderWatch::Change::finishedFile,
-                                   [this](const std::vector<std::string>& names) { look(names); });
-    if (!watch) {
-        say(LogLevel::error, "The drop folder cannot be watched: " + watch.error());
-        return;
+    follow();
+}
+
+void DropFolder::follow() {
+    using enum FolderWatch::Change;
+    if (isThere_ && !watch_->hasEnded()) return;
+    isThere_ = false;
+    std::string problem;
+    // Downwards, each folder while the one above it is watched, so that none appears unnoticed.
+    std::filesystem::path reached;
+    for (auto part = folder_.begin(); part != folder_.end(); ++part) {
+        reached /= *part;
+        const auto next = std::next(part);
+        const bool isFolder = next == folder_.end();
+        FolderWatch::Handler handler = [this](const std::vector<std::string>& names) { look(names); };
+        if (!isFolder) {
+            handler = [this, awaited = next->string()](const std::vector<std::string>& names) {
+                if (names.empty() || std::ranges::find(names, awaited) != names.end()) settle();
+            };
+        }
+        auto watch =
+            FolderWatch::open(readiness_, reached, isFolder ? finishedFile : newEntry, std::move(handler));
+        if (!watch) {
+            problem = watch.error();
+            continue;  // what lies below may still be open to us
+        }
+        watch_ = std::move(*watch);
+        isThere_ = isFolder;
     }
-    watch_ = std::move(*watch);
-    look({});
+    if (isThere_) {
+        look({});
+    } else if (problem != problem_) {
+        say(LogLevel::error, "The drop folder is waited for: " + problem);
+    }
+    problem_ = isThere_ ? std::string() : problem;
 }
 
 void DropFolder::look(const std::vector<std::string>& names) {
@@ -107,7 +135,14 @@ void DropFolder::look(const std::vector<std::string>& names) {
             waiting_.insert(entry.path().filename().string());
         }
     }
-    settled_ = executor_.after(settlingTime, [this] { next(); });
+    settle();
+}
+
+void DropFolder::settle() {
+    settled_ = executor_.after(settlingTime, [this] {
+        follow();
+        next();
+    });
 }
 
 void DropFolder::next() {

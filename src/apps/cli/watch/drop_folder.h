@@ -15,7 +15,8 @@ namespace pedvar {
 
 /// Imports what lies in a folder and what appears there: health exports, and activities as GPX. A file whose
 /// writer has not closed it, or that breaks off, waits until it is written again. What was imported moves to the
-/// folder "imported" in there, what cannot be imported to "failed".
+/// folder "imported" in there, what cannot be imported to "failed". A folder that is not there, or is taken away,
+/// is waited for.
 class DropFolder {
 public:
     /// Begins with what is there. `importing` makes the command line that imports a file.
@@ -25,8 +26,12 @@ public:
 
     const std::filesystem::path& folder() const { return folder_; }
 
+    /// Looks for the folder if it is not watched.
+    void follow();
+
 private:
     void look(const std::vector<std::string>& names);
+    void settle();
     void next();
     void finish(const std::string& name, int exitCode);
     void say(LogLevel level, const std::string& message);
@@ -36,8 +41,10 @@ private:
     std::filesystem::path folder_;
     Command importing_;
     PlatformLog& log_;
-    std::set<std::string> waiting_;  // to be looked at, by name
-    std::unique_ptr<FolderWatch> watch_;
+    std::set<std::string> waiting_;       // to be looked at, by name
+    std::unique_ptr<FolderWatch> watch_;  // of the folder, or of the last one on the way to it
+    bool isThere_ = false;
+    std::string problem_;  // why it is not
     std::unique_ptr<ChildProcess> import_;
     Timer settled_;
 };

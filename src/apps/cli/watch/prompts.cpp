@@ -28,13 +28,6 @@ Subscription whenTrue(Published<bool>& field, Act act) {
     });
 }
 
-/// What could not be shown is no longer offered, so that the next check offers it again.
-NotificationHandler takingBack(Published<bool>& offered) {
-    return [&offered](const std::expected<void, NotificationError>& shown) {
-        if (!shown) offered = false;
-    };
-}
-
 std::string shortened(std::string_view text) {
     if (text.size() <= longestText) return std::string(text);
     std::size_t length = longestText;
@@ -61,15 +54,34 @@ void Prompts::offerAgain() {
     rating_.shouldShowPopup = false;
     updates_.shouldShowUpdatePopup = false;
     recap_.shouldShowPopup = false;
+    withheld_.clear();
+}
+
+void Prompts::offerWithheld() {
+    const auto withheld = std::exchange(withheld_, {});
+    if (withheld.contains(ratingIdentifier)) rating_.shouldShowPopup = true;
+    if (withheld.contains(updateIdentifier)) updates_.recallLastCheck();  // it may have been dismissed meanwhile
+    // The recap is offered by each refresh.
+}
+
+void Prompts::show(UserNotification notification, Published<bool>& offered) {
+    const auto withhold = [this, &offered, identifier = notification.identifier] {
+        offered = false;
+        withheld_.insert(identifier);
+    };
+    if (!application_.settings().preferences().notificationsEnabled) return withhold();
+    notifications_.show(std::move(notification), [withhold](const auto& shown) {
+        if (!shown) withhold();
+    });
 }
 
 void Prompts::showRating() {
     const Texts& text = application_.text();
-    notifications_.show({ratingIdentifier,
-                         text("Do you like Pedvar?"),
-                         text("A rating helps others to find it."),
-                         {{"rate", text("Rate")}, {"later", text("Later")}}},
-                        takingBack(rating_.shouldShowPopup));
+    show({ratingIdentifier,
+          text("Do you like Pedvar?"),
+          text("A rating helps others to find it."),
+          {{"rate", text("Rate")}, {"later", text("Later")}}},
+         rating_.shouldShowPopup);
 }
 
 void Prompts::showUpdate() {
@@ -78,19 +90,18 @@ void Prompts::showUpdate() {
     if (!application_.linuxSettings().updatePage.text().empty()) {
         actions.insert(actions.begin(), {"view", text("View")});
     }
-    notifications_.show(
-        {updateIdentifier, text("Pedvar {} is there", shortened(harmless(updates_.latestVersion.value()))),
-         shortened(harmlessLines(updates_.releaseNotes.value())), std::move(actions)},
-        takingBack(updates_.shouldShowUpdatePopup));
+    show({updateIdentifier, text("Pedvar {} is there", shortened(harmless(updates_.latestVersion.value()))),
+          shortened(harmlessLines(updates_.releaseNotes.value())), std::move(actions)},
+         updates_.shouldShowUpdatePopup);
 }
 
 void Prompts::showRecap() {
     const Texts& text = application_.text();
-    notifications_.show({recapIdentifier,
-                         text("Your month: {}", recap_.monthName().in(application_.catalogue())),
-                         text("It is over. What was it like?"),
-                         {{"view", text("View")}, {"dismiss", text("Dismiss")}}},
-                        takingBack(recap_.shouldShowPopup));
+    show({recapIdentifier,
+          text("Your month: {}", recap_.monthName().in(application_.catalogue())),
+          text("It is over. What was it like?"),
+          {{"view", text("View")}, {"dismiss", text("Dismiss")}}},
+         recap_.shouldShowPopup);
 }
 
 void Prompts::take(const NotificationResponse& response) {

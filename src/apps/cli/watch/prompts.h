@@ -2,9 +2,10 @@
 #pragma once
 
 #include "core/async.h"
-#include "core/event.h"
+#include "core/published.h"
 #include "platform/user_notifications.h"
 
+#include <set>
 #include <string>
 
 namespace pedvar {
@@ -15,7 +16,8 @@ class MonthlyRecapManager;
 class RateUsManager;
 
 /// Shows the pop-ups of the managers, and takes the person's answers to them. One that is not answered stays the
-/// manager's until `offerAgain`.
+/// manager's until `offerAgain`. One that cannot be shown, or may not because notifications are switched off, is
+/// withheld.
 class Prompts {
 public:
     /// Keeps the references. The health store is open.
@@ -24,11 +26,14 @@ public:
 
     /// The next checks may show anew what was not answered.
     void offerAgain();
+    /// Tries to show what was withheld.
+    void offerWithheld();
 
 private:
     void showRating();
     void showUpdate();
     void showRecap();
+    void show(UserNotification notification, Published<bool>& offered);
     void take(const NotificationResponse& response);
     /// Shows what the month was.
     Task<> showMonth();
@@ -39,6 +44,7 @@ private:
     MonthlyRecapManager& recap_;
     UserNotifications& notifications_;
     Subscription ratingShown_, updateShown_, recapShown_, responses_;
+    std::set<std::string> withheld_;  // by identifier
     TaskScope tasks_;
 };
 

@@ -52,12 +52,15 @@ Watcher::Watcher(Application& application, const WatchedManagers& managers, User
               application.locale(), notifications, application.log()),
       prompts_(application, managers.engagement.rating, managers.engagement.updates, managers.insights.recap,
                notifications),
-      goalProgressed_(managers.health.goalNews.progressed.observe(
-          [this](std::int64_t steps, std::int64_t goal) { teller_.goalProgressed(steps, goal); })),
+      goalProgressed_(managers.health.goalNews.progressed.observe([this](std::int64_t steps, std::int64_t goal) {
+          static_cast<void>(application_.catalogue());  // its language may have been changed
+          teller_.goalProgressed(steps, goal);
+      })),
       ingestionProblem_(ingestion_.problem.observe([this](const std::optional<std::string>& problem) {
           if (problem) application_.log().log(logSubsystem, "Steps", LogLevel::error, *problem);
       })),
-      alarm_(readiness, [this] { refreshes_.request(); }),
+      notificationsAvailable_(notifications.observeAvailability([this] { tryAgain(); })),
+      alarm_(readiness, [this] { tryAgain(); }),
       ended_(application.loop()),
       refreshes_(application.loop(), [this] { return refresh(); }),
       tasks_(application.loop()) {
@@ -112,7 +115,7 @@ void Watcher::lookAtZone() {
 
 void Watcher::followDropFolder() {
     const std::filesystem::path wanted = application_.linuxSettings().dropFolder.text();
-    if (dropFolder_ && dropFolder_->folder() == wanted) return;
+    if (dropFolder_ && dropFolder_->folder() == wanted) return dropFolder_->follow();
     dropFolder_.reset();
     if (wanted.empty()) return;
     const auto importing = [folder = application_.folder()](const std::filesystem::path& file) {
@@ -124,6 +127,11 @@ void Watcher::followDropFolder() {
         std::make_unique<DropFolder>(application_.loop(), readiness_, wanted, importing, application_.log());
 }
 
+void Watcher::tryAgain() {
+    teller_.tryAgain();
+    refreshes_.request();
+}
+
 Task<> Watcher::refresh() {
     followDropFolder();
     const auto refreshed = co_await application_.refreshing();
@@ -132,6 +140,7 @@ Task<> Watcher::refresh() {
     }
     const DayStanding now = co_await standing();
     teller_.consider(now);
+    prompts_.offerWithheld();
     if (openedOn_ != application_.today()) open();
     alarm_.set(nextNotificationMoment(application_.calendar(), application_.clock().now()));
 }
@@ -171,12 +180,12 @@ Task<std::optional<WaterStanding>> Watcher::waterStanding() const {
     const Interval lastWeek{now - week, now};
     const auto drinks = co_await water.fetchDrinks(lastWeek);
     if (drinks.empty()) co_return std::nullopt;
-    const UserPreferences preferences = application_.settings().preferences();
-    const VolumeUnit unit = water.settings().volumeUnit.value_or(preferences.volumeUnit);
-    const Figures figures(application_.locale(), preferences, application_.text());
+    const VolumeUnit preferred = application_.settings().preferences().volumeUnit;
+    const VolumeUnit unit = water.settings().volumeUnit.value_or(preferred);
+    const Screen screen = application_.screen();
     co_return WaterStanding{.isGoalMet = water.todayMilliliters >= water.goalMilliliters,
-                            .drunk = figures.volume(water.todayMilliliters, unit),
-                            .goal = figures.volume(water.goalMilliliters, unit)};
+                            .drunk = screen.figures.volume(water.todayMilliliters, unit),
+                            .goal = screen.figures.volume(water.goalMilliliters, unit)};
 }
 
 }  // namespace pedvar

@@ -57,6 +57,8 @@ private:
     void somethingWasWritten(const std::vector<std::string>& names);
     void lookAtZone();
     void followDropFolder();
+    /// Tells what could not be told before.
+    void tryAgain();
     Task<> refresh();
     Task<DayStanding> standing();
     Task<std::optional<WaterStanding>> waterStanding() const;
@@ -70,7 +72,7 @@ private:
     StepIngestion ingestion_;
     StepGoalNotificationManager teller_;
     Prompts prompts_;
-    Subscription goalProgressed_, ingestionProblem_;
+    Subscription goalProgressed_, ingestionProblem_, notificationsAvailable_;
     WallClockAlarm alarm_;
     std::unique_ptr<FolderWatch> dataWatch_, zoneWatch_;
     std::unique_ptr<DropFolder> dropFolder_;
