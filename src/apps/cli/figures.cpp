@@ -58,7 +58,8 @@ std::string Figures::duration(double seconds) const {
 std::string Figures::pace(double secondsPerMeter) const {
     constexpr double slowest = 100 * 60;  // seconds a unit
     const double perUnit = secondsPerMeter * unitLength();
-    if (!(perUnit > 0 && perUnit < slowest)) return "–";
+    const bool isPace = perUnit > 0 && perUnit < slowest;
+    if (!isPace) return "–";
     return text_("{0} /{1}", duration(perUnit), unitName());
 }
 

@@ -17,9 +17,8 @@ constexpr Day lastDay{std::chrono::local_days(std::chrono::year(9999) / 12 / 24)
 template <class Number>
 std::optional<Number> parse(std::string_view name) {
     Number number{};
-    const char* const begin = name.data();
-    const char* const end = begin + name.size();
-    const auto [stop, error] = std::from_chars(begin, end, number);
+    const char* const end = name.data() + name.size();
+    const auto [stop, error] = std::from_chars(name.data(), end, number);
     if (error != std::errc{} || stop != end) return std::nullopt;
     return number;
 }
