@@ -34,6 +34,7 @@ TEST_CASE_FIXTURE(Recording, "a killed recording goes on where its checkpoint wa
     CHECK(launch->receiver.updatesLocation);
     CHECK(launch->receiver.settings);
     CHECK(launch->pedometer.start == checkpoint.sessionStartDate);
+    CHECK(launch->pedometer.known == 50);
     time.advance(1s);
     CHECK(recorder->currentDuration == 15 + 600 + 3600 + 1);
 

@@ -47,6 +47,7 @@ public:
     bool isAvailable = true;
     CMAuthorizationStatus status = CMAuthorizationStatus::authorized;
     std::optional<Date> start;  // while it counts
+    std::int64_t known = 0;     // that it was asked to go on from
 
     void count(std::int64_t steps) {
         if (handler_) handler_(CMPedometerData{*start, *start, steps});
@@ -57,8 +58,9 @@ public:
 
     bool isStepCountingAvailable() const override { return isAvailable; }
     CMAuthorizationStatus authorizationStatus() const override { return status; }
-    void startUpdates(Date from, std::int64_t, CMPedometerHandler handler) override {
+    void startUpdates(Date from, std::int64_t steps, CMPedometerHandler handler) override {
         start = from;
+        known = steps;
         handler_ = std::move(handler);
     }
     void detach() override { handler_ = nullptr; }
