@@ -17,6 +17,7 @@ namespace pedvar {
 
 namespace {
 
+constexpr const char* libraryPackage = "libgps28";
 constexpr std::size_t longestLine = 65'536;  // bytes; gpsd's own limit is 10 KiB
 
 /// What is used of libgps. It is loaded by the first who connects, and stays: threads may use it until the very
@@ -25,7 +26,7 @@ constexpr std::size_t longestLine = 65'536;  // bytes; gpsd's own limit is 10 Ki
 /// It connects, and asks gpsd to tell. What gpsd tells is read here: a line with a value of the wrong type sends
 /// the reader of version 3.22 around for ever.
 struct Library {
-    SharedLibrary library{PEDVAR_LIBGPS, "libgps28"};
+    SharedLibrary library{PEDVAR_LIBGPS, libraryPackage};
     decltype(&::gps_open) open = library.function("gps_open");
     decltype(&::gps_close) close = library.function("gps_close");
     decltype(&::gps_stream) stream = library.function("gps_stream");
@@ -81,7 +82,8 @@ struct GpsdConnection::State {
 
 std::expected<GpsdConnection, Phrase> GpsdConnection::open(const GpsdAddress& address) {
     if (libgps().library.problem())
-        return std::unexpected(Phrase("the library {} is missing", {std::string(PEDVAR_LIBGPS)}));
+        return std::unexpected(
+            Phrase("{0} is missing, which the package {1} has", {PEDVAR_LIBGPS, libraryPackage}));
     auto state = std::make_unique<State>();
     // The library leaves a code of its own in the place of the system's.
     if (libgps().open(address.host.c_str(), address.port.c_str(), &state->data) != 0) {
