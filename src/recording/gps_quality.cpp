@@ -3,6 +3,7 @@
 namespace pedvar {
 
 GPSQuality gpsQuality(std::optional<double> accuracy) {
+    // i18n: texts
     constexpr struct {
         double below;  // metres
         GPSQuality quality;
@@ -14,12 +15,14 @@ GPSQuality gpsQuality(std::optional<double> accuracy) {
         {20, {"Fair", "GPS is working well. Your route is being tracked reliably."}},
         {50, {"Poor", "GPS is actively tracking your route. Signal may improve in more open areas."}},
     };
+    constexpr GPSQuality none{"Poor", "Connecting to GPS satellites. This usually takes just a few moments."};
+    // i18n: end
     if (accuracy && *accuracy >= 0) {
         for (const auto& [below, quality] : qualities) {
             if (*accuracy < below) return quality;
         }
     }
-    return {"Poor", "Connecting to GPS satellites. This usually takes just a few moments."};
+    return none;
 }
 
 }  // namespace pedvar

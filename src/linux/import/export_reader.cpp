@@ -18,7 +18,7 @@ constexpr std::size_t longestOpenPath = 1024 * 1024;  // bytes of the names of a
 constexpr std::size_t repairDepth = 64;               // elements that one end tag may close on the way
 
 ImportError noRoot() {
-    return {ImportError::Kind::notAnExport, "It has no element <HealthData>, so it is no health export."};
+    return {ImportError::Kind::notAnExport, Phrase("It has no element <HealthData>, so it is no health export.")};
 }
 
 /// The names of the open elements.
