@@ -77,7 +77,7 @@ std::optional<KeptUnit> keptUnit(std::string_view type, std::string_view unit) {
     if (!dimension) return KeptUnit{.symbol = std::string(unit)};
     const std::optional<HKUnit> known = unitNamed(unit);
     if (!known || known->dimension != *dimension) return std::nullopt;
-    return KeptUnit{std::string(keptSymbol(*dimension)), *known};
+    return KeptUnit{std::string(keptSymbol(*dimension)), known};
 }
 
 }  // namespace pedvar

@@ -30,7 +30,8 @@ constexpr auto nameBytes = [] {
 }();
 
 bool canStartName(char c) {
-    return nameBytes[static_cast<unsigned char>(c)] && !(c >= '0' && c <= '9') && c != '-' && c != '.';
+    const bool comesLater = (c >= '0' && c <= '9') || c == '-' || c == '.';
+    return nameBytes[static_cast<unsigned char>(c)] && !comesLater;
 }
 
 const char* skipSpace(const char* p, const char* end) {

@@ -48,7 +48,7 @@ LocaleParts partsOf(std::string_view name) {
 std::uint32_t numberFor(nl_item item, locale_t locale) {
     const char* value = nl_langinfo_l(item, locale);
     std::uint32_t number = 0;
-    std::memcpy(&number, &value, sizeof(number));
+    std::memcpy(&number, static_cast<const void*>(&value), sizeof(number));
     return number;
 }
 
@@ -99,7 +99,7 @@ void GlibcLocale::readTime() {
     }
     // Days are numbered from the weekday of a date, of which only a Sunday and a Monday are in use.
     constexpr std::uint32_t monday = 19'971'201;
-    const int first = *nl_langinfo_l(_NL_TIME_FIRST_WEEKDAY, locale.get());
+    const int first = static_cast<unsigned char>(*nl_langinfo_l(_NL_TIME_FIRST_WEEKDAY, locale.get()));
     const int shift = numberFor(_NL_TIME_WEEK_1STDAY, locale.get()) == monday ? 1 : 0;
     firstWeekday_ = (first - 1 + shift) % 7 + 1;
     usesTwelveHourClock_ = countsTwelveHours(nl_langinfo_l(T_FMT, locale.get()));
