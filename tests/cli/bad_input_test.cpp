@@ -105,13 +105,14 @@ TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right,
     refused({"calendar", "steps", "flights"}, 2, "usage", "one too many");
     refused({"recap", "2024-13"}, 2, "usage", "2024-05");
     refused({"recap", "9999-12"}, 2, "usage", "in the future");
-    refused({"weight", "70,500"}, 2, "usage", "no number like 72.5; valid: one above 0");
+    refused({"weight", "70,500"}, 2, "usage", "no number like 72.5; valid: 1 to 1,000 kg");
     for (const char* weight : {"0", "-3", "1001", "nan", "heavy"}) {
-        refused({"weight", weight}, 2, "usage", "above 0, up to 1,000 kg");
+        refused({"weight", weight}, 2, "usage", "valid: 1 to 1,000 kg");
         refused({"profile", "targetWeight", weight}, 2, "usage", "above 0, up to 1000");
     }
     refused({"weight", "70", "cm"}, 2, "usage", "kg, lb");
-    refused({"height", "119", "in"}, 2, "usage", "up to 118 in");
+    refused({"height", "119", "in"}, 2, "usage", "valid: 12 to 118 in");
+    refused({"height", "1,80"}, 2, "usage", "valid: 30 to 300 cm");
     refused({"profile", "gender", "no"}, 2, "usage", "male, female, other, none");
     refused({"profile", "dailyStepGoal", "0"}, 2, "usage", "from 1 to 1,000,000");
     refused({"profile", "ageSource", "manual"}, 2, "usage", "cannot be set");

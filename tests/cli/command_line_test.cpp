@@ -91,6 +91,7 @@ TEST_CASE("what an option refuses is told by its name, in whole sentences of our
     CHECK(told({"--data", "a", "--data=", "today"}) == "--data is given more than once");
     CHECK(told({"widget", "--follow=maybe"}) == "--follow takes no value");
     CHECK(told({"--json=false", "today"}) == "--json takes no value");
+    CHECK(told({"activity", "last", "--delete=false", "--yes"}) == "--delete takes no value");
     CHECK(told({"calendar", "2024-05", "steps", "more"}) == "\"more\" is not expected");
     CHECK(told({"sources", "--order"}) == "--order needs a value");
 }

@@ -55,6 +55,8 @@ TEST_CASE_FIXTURE(Recording,
     };
     CHECK(sinceType(run({"record", "hike", "--replay", "jumbled.gpx", "--json"})) == sinceType(document));
 
+    std::filesystem::create_directory(folder / "data" / "replay");
+    writeFile(folder / "data" / "replay" / "defaults.sqlite", "not a database");
     const std::string saved = run({"record", "hike", "--replay", "walk.gpx", "--save"}).output;
     CHECK(saved == screen.output);
     const Outcome again = run({"record", "hike", "--replay", "walk.gpx", "--save"});

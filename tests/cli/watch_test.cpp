@@ -128,6 +128,11 @@ TEST_CASE_FIXTURE(Watching, "what appears in the drop folder is imported when it
     std::filesystem::create_directory(drop);
     writeFile(drop / "letter.txt", "Dear Eve");
     CHECK(reaches([&] { return std::filesystem::exists(drop / "failed/letter.txt"); }));
+    std::filesystem::rename(folder / "outer", folder / "before");  // the next refresh sees it
+    std::filesystem::create_directories(drop);
+    writeFile(drop / "letter.txt", "Dear Kim");
+    CHECK(run({"water", "200"}).exitCode == 0);
+    CHECK(reaches([&] { return std::filesystem::exists(drop / "failed/letter.txt"); }));
     CHECK(watcher->end(SIGTERM) == 0);
 }
 

@@ -112,6 +112,10 @@ TEST_CASE_FIXTURE(Walk, "after a reboot the new counter's steps are added to tho
         CHECK(told == std::vector<std::int64_t>{100, 103, 123});
         count(25);
         CHECK(after(1s) == 128);
+        kill();
+        count(4);  // began anew without a reboot
+        record({}, 127);
+        CHECK(told.back() == 131);
     }
     SUBCASE("as another device") {
         fs::rename(device, device.parent_path() / "iio:device0");

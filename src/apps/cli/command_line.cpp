@@ -345,6 +345,16 @@ struct Writing {
     bool operator()(const auto&) const { return false; }
 };
 
+/// "--delete=false" would be taken for "--delete".
+void refuseValuesOfFlags(CLI::App& app) {
+    for (CLI::Option* option :
+         app.get_options([](const CLI::Option* each) { return each->get_expected_max() == 0; })) {
+        option->disable_flag_override();
+    }
+    for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        refuseValuesOfFlags(*command);
+}
+
 }  // namespace
 
 CommandResult<CommandLine> parseCommandLine(std::span<const char* const> arguments,
@@ -362,9 +372,10 @@ CommandResult<CommandLine> parseCommandLine(std::span<const char* const> argumen
     app.add_option("--now", line.global.now, "Look from another moment (2024-05-01T18:30)")->type_name("TIME");
     // Its meaning is `formatOf`'s, which knows it also where the rest cannot be read.
     bool asksForJson = false;
-    app.add_flag("--json", asksForJson, "Answer with one JSON document")->disable_flag_override();
+    app.add_flag("--json", asksForJson, "Answer with one JSON document");
     app.require_subcommand(0, 1);  // none is told below, in our words
     describeCommands(grammar);
+    refuseValuesOfFlags(app);
 
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());

@@ -69,7 +69,8 @@ void IIOPedometer::poll() {
 /// The first reading is the base, which is kept at once. A counter that began anew has lost what was not kept.
 void IIOPedometer::advanceTo(const StepReading& reading) {
     const bool isBase = !last_;
-    if (isBase || last_->epoch != reading.epoch) state_.steps = std::max(state_.steps, known_);
+    const bool isAnew = isBase || last_->epoch != reading.epoch || reading.steps < last_->steps;
+    if (isAnew) state_.steps = std::max(state_.steps, known_);
     if (!isBase) state_.steps += stepsBetween(*last_, reading);
     last_ = reading;
     state_.epoch = reading.epoch;

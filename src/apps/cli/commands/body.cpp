@@ -22,16 +22,16 @@ struct NamedUnit {
 /// What is different between weight and height.
 struct Measure {
     std::array<NamedUnit, 2>
-        units;       // the first one is that of documents; people who weigh in pounds use the second
-    double highest;  // in the first unit; nobody has reached it
+        units;               // the first one is that of documents; people who weigh in pounds use the second
+    double lowest, highest;  // in the first unit; nobody is outside, but "1.80" metres are
     std::string (Figures::*shown)(double) const;
     HKUnit unit;
 };
 
 constexpr Measure weightMeasure{
-    {{{"kg", 1}, {"lb", kilogramsPerPound}}}, highestWeight, &Figures::weight, HKUnit::kilogram()};
+    {{{"kg", 1}, {"lb", kilogramsPerPound}}}, 1, highestWeight, &Figures::weight, HKUnit::kilogram()};
 constexpr Measure heightMeasure{
-    {{{"cm", 1}, {"in", centimetersPerInch}}}, 300, &Figures::height, HKUnit::centimeter()};
+    {{{"cm", 1}, {"in", centimetersPerInch}}}, 30, 300, &Figures::height, HKUnit::centimeter()};
 
 struct Reading {
     Date moment;
@@ -50,14 +50,17 @@ CommandResult<double> amountOf(const BodyRequest& request, const Measure& measur
     }
     const double factor = unit == metric.name ? metric.factor : customary.factor;
     const auto number = numberNamed(*request.value);
-    if (number && 0 < *number && *number * factor <= measure.highest) return *number * factor;
-    const std::string highest = application.screen().figures.number(std::floor(measure.highest / factor), 0);
+    const double amount = number.value_or(0) * factor;
+    if (measure.lowest <= amount && amount <= measure.highest) return amount;
+    const Figures figures = application.screen().figures;
+    const std::string lowest = figures.number(std::ceil(measure.lowest / factor), 0);
+    const std::string highest = figures.number(std::floor(measure.highest / factor), 0);
     if (!number) {
-        return usageError(text("\"{0}\" is no number like 72.5; valid: one above 0, up to {1} {2}.",
-                               harmless(*request.value), highest, unit));
+        return usageError(text("\"{0}\" is no number like 72.5; valid: {1} to {2} {3}.", harmless(*request.value),
+                               lowest, highest, unit));
     }
     return usageError(
-        text("\"{}\" is out of range; valid: a number above 0, up to {} {}.", *request.value, highest, unit));
+        text("\"{0}\" is out of range; valid: {1} to {2} {3}.", harmless(*request.value), lowest, highest, unit));
 }
 
 /// Stores a sample of this moment. Whatever keeps the store from being written is told first.

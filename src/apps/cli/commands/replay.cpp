@@ -146,6 +146,9 @@ public:
           time_(begin_, speed),
           recorder_({time_, time_, application.zone(), random_, receiver_, pedometer_, stores.documents,
                      stores.history, application.settings(), log_, folder / "health.sqlite"}),
+          storageFailed_(recorder_.manager.storageProblem.observe([this](const auto& problem) {
+              if (problem) time_.interrupt();
+          })),
           desk_(time_, time_, recorder_.manager, application, [this](Ending ending) {
               ending_ = ending;
               time_.interrupt();
@@ -161,10 +164,8 @@ public:
         const LiveInput input(time_, desk_.keys(), desk_.handlers());
         desk_.open();
         playFixes();
-        if (!ending_) {
-            desk_.stop();
-            if (!ending_) return std::unexpected(errorOf(DefaultsError{*recorder.storageProblem.value()}));
-        }
+        if (!ending_ && !recorder.storageProblem.value()) desk_.stop();
+        if (!ending_) return std::unexpected(errorOf(DefaultsError{*recorder.storageProblem.value()}));
         time_.run(recorder_.workouts.finished());
         Replayed replayed{.ending = *ending_, .session = std::nullopt, .logs = std::move(log_.texts)};
         if (*ending_ == Ending::stopped) replayed.session = recorder.currentSession.value();
@@ -178,7 +179,7 @@ private:
             const bool wasPlayed = hasPoints_ ? fix.timestamp <= begin_ : fix.timestamp < begin_;
             if (wasPlayed) continue;
             time_.passTo(std::max(fix.timestamp, time_.now()), ReplayTime::AtEnd::wait);
-            if (ending_) return;
+            if (time_.isInterrupted()) return;
             receiver_.receive(fix);
         }
         time_.passTo(time_.now(), ReplayTime::AtEnd::run);
@@ -195,11 +196,20 @@ private:
     NoPedometer pedometer_;
     Recorder recorder_;
     std::optional<Ending> ending_;
+    Subscription storageFailed_;  // it can be played again when there is room
     RecordingDesk desk_;
 };
 
+/// A replay whose stores are damaged begins anew.
+void removeDamaged(const std::filesystem::path& folder) {
+    const SqliteDefaults stores(folder, SqliteDefaults::Access::readOnly);
+    std::error_code ignored;
+    if (!stores.damages().empty()) std::filesystem::remove_all(folder, ignored);
+}
+
 CommandResult<Replayed> played(const Recorded& recorded, ActivityType type, std::optional<double> speed,
                                const std::filesystem::path& folder, Application& application) {
+    removeDamaged(folder);
     ReplayStores stores(folder);
     const UUID session = recorded.session(type);
     // A replay may have been cut off when it was finished, but not yet saved.

@@ -6,6 +6,7 @@
 #include "linux/import/zip_archive.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -93,9 +94,15 @@ DropFolder::DropFolder(MainExecutor& executor, Readiness& readiness, std::filesy
     follow();
 }
 
+DropFolder::FolderIdentity DropFolder::identityOf(const std::filesystem::path& folder) {
+    struct stat status{};
+    if (stat(folder.c_str(), &status) != 0) return std::nullopt;
+    return std::pair<std::uint64_t, std::uint64_t>(status.st_dev, status.st_ino);
+}
+
 void DropFolder::follow() {
     using enum FolderWatch::Change;
-    if (isThere_ && !watch_->hasEnded()) return;
+    if (isThere_ && !watch_->hasEnded() && identityOf(folder_) == identity_) return;
     isThere_ = false;
     std::string problem;
     // Downwards, each folder while the one above it is watched, so that none appears unnoticed.
@@ -118,6 +125,7 @@ void DropFolder::follow() {
         }
         watch_ = std::move(*watch);
         isThere_ = isFolder;
+        if (isFolder) identity_ = identityOf(folder_);
     }
     if (isThere_) {
         look({});

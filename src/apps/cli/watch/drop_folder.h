@@ -5,11 +5,14 @@
 #include "linux/system/folder_watch.h"
 #include "platform/platform_log.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace pedvar {
 
@@ -30,6 +33,9 @@ public:
     void follow();
 
 private:
+    using FolderIdentity = std::optional<std::pair<std::uint64_t, std::uint64_t>>;  // none when it is not there
+    static FolderIdentity identityOf(const std::filesystem::path& folder);
+
     void look(const std::vector<std::string>& names);
     void settle();
     void next();
@@ -44,7 +50,8 @@ private:
     std::set<std::string> waiting_;       // to be looked at, by name
     std::unique_ptr<FolderWatch> watch_;  // of the folder, or of the last one on the way to it
     bool isThere_ = false;
-    std::string problem_;  // why it is not
+    FolderIdentity identity_;  // of the folder that is watched; its path may come to mean another
+    std::string problem_;      // why it is not
     std::unique_ptr<ChildProcess> import_;
     Timer settled_;
 };
