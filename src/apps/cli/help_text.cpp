@@ -1,5 +1,7 @@
 #include "apps/cli/help_text.h"
 
+#include "apps/cli/terminal.h"
+
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
@@ -42,6 +44,13 @@ public:
             result += line.str();
         }
         return result;
+    }
+    std::string make_option(const CLI::Option* option, bool isPositional) const override {
+        const std::string name = make_option_name(option, isPositional) + make_option_opts(option);
+        const std::size_t unseen = name.size() - columns(name);  // the library counts bytes
+        std::ostringstream line;
+        CLI::detail::format_help(line, name, make_option_desc(option), get_column_width() + unseen);
+        return line.str();
     }
     std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
         const std::string name = Formatter::make_option_name(option, isPositional);
