@@ -74,7 +74,8 @@ std::string_view entityFor(std::string_view character) {
 std::optional<double> parseGPXNumber(std::string_view text) {
     const bool isNegative = text.starts_with('-');
     if (isNegative || text.starts_with('+')) text.remove_prefix(1);
-    if (text.empty() || !(text[0] == '.' || (text[0] >= '0' && text[0] <= '9'))) return std::nullopt;
+    const bool isNumeral = !text.empty() && (text[0] == '.' || (text[0] >= '0' && text[0] <= '9'));
+    if (!isNumeral) return std::nullopt;
     double value = 0;
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);

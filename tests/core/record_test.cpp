@@ -125,9 +125,9 @@ std::map<std::string, std::string> fieldTexts(const Everything& record) {
     return texts;
 }
 
-JsonObject changed(JsonObject members, std::string_view name, JsonValue value) {
+JsonObject changed(JsonObject members, std::string_view name, const JsonValue& value) {
     for (auto& [memberName, member] : members) {
-        if (memberName == name) member = std::move(value);
+        if (memberName == name) member = value;
     }
     return members;
 }

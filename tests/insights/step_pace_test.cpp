@@ -63,7 +63,8 @@ TEST_CASE("of any days the lower curve is not above the median, nor that above t
         const StepPaceBaseline baseline = stepPaceBaseline(days).value();
         REQUIRE(std::ranges::is_sorted(baseline.lower));
         REQUIRE(std::ranges::is_sorted(baseline.upper));
-        for (double hour = 0; hour <= 24; hour += 0.3) {
+        for (int part = 0; part <= 80; ++part) {
+            const double hour = part * 0.3;
             REQUIRE(valueAt(baseline.lower, hour) <= valueAt(baseline.median, hour));
             REQUIRE(valueAt(baseline.median, hour) <= valueAt(baseline.upper, hour));
         }
