@@ -209,7 +209,9 @@ TEST_CASE_FIXTURE(Importing, "the person is that of the newest export") {
 }
 
 TEST_CASE_FIXTURE(Importing, "a stopped import keeps whole batches and is completed by another one") {
-    const auto path = document("many.xml", minutes(0, 3) + std::string(80'000'000, ' ') + minutes(3, 6));
+    std::string gap;
+    gap.assign(80'000'000, ' ');
+    const auto path = document("many.xml", minutes(0, 3) + gap + minutes(3, 6));
     std::stop_source stop;
     std::uint64_t total = 0;
     ImportReport report = import(

@@ -15,7 +15,7 @@ public:
 
     /// `lowest` to `highest`, both included, evenly.
     int within(int lowest, int highest) {
-        const auto count = static_cast<std::uint64_t>(highest - lowest + 1);
+        const auto count = static_cast<std::uint64_t>(highest) - static_cast<std::uint64_t>(lowest) + 1;
         return lowest + static_cast<int>(((next() >> 32) * count) >> 32);
     }
 
