@@ -21,5 +21,5 @@ function(pedvar_test name)
     target_include_directories(${name}_test PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(${name}_test PRIVATE ${test_DEPENDS} ${test_LIBRARIES} pedvar_test_main
         $<BUILD_INTERFACE:pedvar_warnings> pedvar_sanitizers)
-    doctest_discover_tests(${name}_test TEST_PREFIX "${name}: " PROPERTIES TIMEOUT 120)
+    doctest_discover_tests(${name}_test TEST_PREFIX "${name}: " PROPERTIES TIMEOUT 600)
 endfunction()

@@ -105,9 +105,9 @@ TEST_CASE("what receiver and step counter say goes through a kill to history, GP
     const Gpsd gpsd(port, folder.path(), {runner.device()});
     RunningPedvar second(folder.path(), record, kernel);
     REQUIRE(second.says("Going on with the recording of "));
+    REQUIRE(second.says("\"gpsAccuracy\":1"));
     runner.runUntil(60);
     REQUIRE(second.says("\"steps\":60,"));
-    REQUIRE(second.says("\"gpsAccuracy\":1"));
     second.signal(SIGINT);
     CHECK(second.finish().exitCode == 0);
 

@@ -2,8 +2,8 @@
 """A notification server that shows nothing and writes down what it is given, one JSON document a line.
 
 The first line of all is the address of the bus. Lines read from standard input answer: "choose NUMBER KEY" for an
-action, "close NUMBER REASON" for the end of a notification; "leave" and "return CAPABILITY ..." take the server off the
-bus and put a new one there. Capabilities are the arguments.
+action, "close NUMBER REASON" for the end of a notification; "leave" takes the server off the bus, writes "left", and
+"return CAPABILITY ..." puts a new one there. Capabilities are the arguments.
 """
 
 import json
@@ -69,6 +69,7 @@ def main():
                 server.NotificationClosed(int(words[1]), int(words[2]))
             elif words[0] == "leave":
                 bus.release_name(NAME)
+                print(json.dumps("left"), flush=True)
             else:
                 server.capabilities, server.count = words[1:], 0
                 bus.request_name(NAME)

@@ -72,12 +72,11 @@ TEST_CASE_FIXTURE(Web, "nobody there, and an address of something else, are told
 
 TEST_CASE_FIXTURE(Web, "a session that ends breaks off what is under way") {
     std::optional<Answer> answer;
-    const auto start = std::chrono::steady_clock::now();
     {
         CurlURLSession shortLived;
         shortLived.data({address + "silent", 60s}, [&](Answer told) { answer = std::move(told); });
     }
-    CHECK(std::chrono::steady_clock::now() - start < 30s);
     REQUIRE(answer);
-    CHECK(!*answer);
+    REQUIRE(!*answer);
+    CHECK(answer->error().localizedDescription.inEnglish() == "The request was broken off.");
 }
