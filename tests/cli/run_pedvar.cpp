@@ -63,15 +63,22 @@ RunningPedvar::~RunningPedvar() {
 }
 
 bool RunningPedvar::says(std::string_view text) {
-    while (!hasEnded()) {
-        if (hasSaid(text)) return true;
-        usleep(5'000);  // another process takes its own time
-    }
-    return hasSaid(text);
+    return comesToSay([text](const std::string& said) { return said.contains(text); });
 }
 
-bool RunningPedvar::hasSaid(std::string_view text) const {
-    return readFile(scratch_ / "output").contains(text) || readFile(scratch_ / "errors").contains(text);
+bool RunningPedvar::says(const std::regex& pattern) {
+    return comesToSay([&pattern](const std::string& said) { return std::regex_search(said, pattern); });
+}
+
+bool RunningPedvar::comesToSay(const std::function<bool(const std::string&)>& isSought) {
+    const auto hasSaid = [&] {
+        return isSought(readFile(scratch_ / "output")) || isSought(readFile(scratch_ / "errors"));
+    };
+    while (!hasEnded()) {
+        if (hasSaid()) return true;
+        usleep(5'000);  // another process takes its own time
+    }
+    return hasSaid();
 }
 
 bool RunningPedvar::hasEnded() {

@@ -5,7 +5,9 @@
 
 #include <sys/types.h>
 #include <filesystem>
+#include <functional>
 #include <optional>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,15 +37,17 @@ public:
     RunningPedvar& operator=(const RunningPedvar&) = delete;
 
     pid_t process() const { return process_; }
-    /// Whether standard output or standard error comes to hold `text` before the program ends.
+    /// Whether standard output or standard error comes to hold `text`, or a match, before the program ends.
     bool says(std::string_view text);
+    bool says(const std::regex& pattern);
     void signal(int number) const;
     /// Waits for its end.
     Outcome finish();
 
 private:
     bool hasEnded();
-    bool hasSaid(std::string_view text) const;
+    /// Whether `isSought` comes true of standard output or standard error before the program ends.
+    bool comesToSay(const std::function<bool(const std::string&)>& isSought);
 
     TemporaryFolder scratch_;
     pid_t process_ = 0;

@@ -18,6 +18,7 @@ using State = ReceiverCondition::State;
 
 namespace {
 
+constexpr GpsdPatience patient{.reconnecting = 50ms, .silence = 1min, .dead = 2min};
 constexpr GpsdPatience impatient{.reconnecting = 50ms, .silence = 2s, .dead = 5s};
 
 /// The machine's clock with an error.
@@ -31,8 +32,8 @@ public:
 class Listening : public CLLocationManagerDelegate {
 public:
     /// Starts to listen to what answers at `port`.
-    void listen(const std::string& port) {
-        manager.emplace(loop, clock, GpsdAddress{"127.0.0.1", port}, AccuracyFactors(), impatient);
+    void listen(const std::string& port, const GpsdPatience& patience = patient) {
+        manager.emplace(loop, clock, GpsdAddress{"127.0.0.1", port}, AccuracyFactors(), patience);
         watching = manager->condition.observe([this](const ReceiverCondition& now) {
             if (states.empty() || states.back() != now.state) states.push_back(now.state);
         });
@@ -139,7 +140,7 @@ TEST_CASE_FIXTURE(RealGpsd, "a daemon that is killed is found again, and each ch
 
 TEST_CASE_FIXTURE(RealGpsd, "a receiver comes, loses its fix, falls silent, is unplugged and comes back") {
     startDaemon();
-    listen(port);
+    listen(port, impatient);
     REQUIRE(becomes(State::noReceiver));
     plugIn();
     gpsd->add(receiver->device());
@@ -203,7 +204,7 @@ TEST_CASE_FIXTURE(Listening,
     const std::string sense = R"({"class":"TPV","device":"d","mode":3,"lat":48.5,"lon":11.5,"eph":5})"
                               "\r\n";
     FalseDaemon daemon;
-    listen(daemon.port());
+    listen(daemon.port(), impatient);
     const auto nextConnection = [&] {
         daemon.accept();
         fixes.clear();
