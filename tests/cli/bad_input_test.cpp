@@ -75,7 +75,7 @@ TEST_CASE_FIXTURE(BadInput, "wrong usage ends with 2, names what would be right,
     for (const char* goal : {"0", "-5", "1000001", "8k", "1e4", "99999999999999999999"}) {
         refused({"goal", goal}, 2, "usage", "from 1 to 1,000,000");
     }
-    for (const char* amount : {"0", "5001", "0.5", "nan", "", "ml", "170floz", "1,000", "1,000.5"}) {
+    for (const char* amount : {"0", "5001", "0.5", "nan", "", "ml", "170floz", "1,000", "1.000", "1,000.5"}) {
         refused({"water", amount}, 2, "usage", "no amount to drink");
     }
     refused({"water", "-250"}, 2, "usage", "-250");
@@ -180,6 +180,7 @@ TEST_CASE_FIXTURE(BadInput, "an activity that is not meant clearly is not touche
     refused({"activity", "0000001a", "--type", "swim"}, 2, "usage", "walk, run, hike, cycle");
     refused({"export", "0000001b"}, 1, "noRoute", "without a route");
     refused({"export", "0000001a", "--hide-home", "far"}, 2, "usage", "metres");
+    refused({"export", "0000001a", "--hide-home", "1.000"}, 2, "usage", "metres");
     refused({"export", "0000001a", "--hide-home", "100"}, 1, "noRoute", "nothing is left");
     refused({"export", "0000001a", "-o", "notes.txt"}, 1, "fileExists", "--force");
     refused({"export", "0000001a", "-o", "data", "--force"}, 1, "unwritable", "\"data\" cannot be written");

@@ -24,7 +24,7 @@ CommandResult<double> amountNamed(std::string_view amount, const std::optional<s
     const std::size_t digits = std::min(amount.find_first_not_of("0123456789.,"), amount.size());
     std::string_view written = unit ? std::string_view(*unit) : amount.substr(digits);
     if (digits > 0 && written.starts_with(' ')) written.remove_prefix(1);
-    const auto number = numberNamed(unit ? amount : amount.substr(0, digits));
+    const auto number = coarseNumberNamed(unit ? amount : amount.substr(0, digits));
     const auto measure = volumeUnitNamed(!written.empty()                   ? written
                                          : usual == VolumeUnit::fluidOunces ? "floz"
                                                                             : "ml");

@@ -72,4 +72,9 @@ std::optional<double> numberNamed(std::string_view name) {
     return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
+std::optional<double> coarseNumberNamed(std::string_view name) {
+    const bool mayGroup = name.size() > 4 && name[name.size() - 4] == '.';
+    return mayGroup ? std::nullopt : numberNamed(name);
+}
+
 }  // namespace pedvar

@@ -28,5 +28,7 @@ CommandResult<ActivityMetric> metricNamed(std::string_view name, const Texts& te
 std::optional<std::int64_t> wholeNumberNamed(std::string_view name);
 /// The same with decimals behind a point or a comma. "1,000", which may be a thousand or one, is none.
 std::optional<double> numberNamed(std::string_view name);
+/// The same of what nobody counts in thousandths: "1.000", a thousand in half of Europe, is none either.
+std::optional<double> coarseNumberNamed(std::string_view name);
 
 }  // namespace pedvar

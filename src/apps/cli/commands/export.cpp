@@ -27,7 +27,7 @@ void write(const ExportedRoute& route, const TextSink& sink) {
 /// Removes what lies so near to both ends. That the walk then begins later is part of what is hidden.
 CommandResult<void> hideHome(std::vector<CLLocation>& points, Activity& activity, const std::string& metres,
                              const Texts& text) {
-    const auto radius = numberNamed(metres);
+    const auto radius = coarseNumberNamed(metres);
     if (!radius || *radius <= 0) {
         return usageError(text("\"{}\" is no distance; --hide-home takes metres, for example 200.", metres));
     }
